@@ -1,0 +1,18 @@
+# Every library that the tool calls, gathered in one target. All of them ship pkg-config files, so
+# one module finds them and no find-module of our own is needed.
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(OpenMP REQUIRED COMPONENTS CXX)  # libimagequant's thread count is OpenMP's
+
+set(modules
+  libpng libjpeg libwebp libwebpmux libwebpdemux libjxl libheif libavif imagequant zlib lcms2
+  icu-uc icu-i18n libexif uuid)
+foreach(module IN LISTS modules)
+  pkg_check_modules(${module} REQUIRED IMPORTED_TARGET GLOBAL ${module})
+endforeach()
+find_package(nlohmann_json REQUIRED)
+
+add_library(orvane-codecs INTERFACE)
+list(TRANSFORM modules PREPEND PkgConfig::)
+target_link_libraries(orvane-codecs INTERFACE
+  ${modules} nlohmann_json::nlohmann_json OpenMP::OpenMP_CXX Threads::Threads)

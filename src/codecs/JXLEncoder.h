@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+
+#include "pipeline/EncodingPlan.h"
+#include "pipeline/RGBABuffer.h"
+
+namespace orvane::JXLEncoder {
+
+/// A bare JPEG XL codestream (ISO/IEC 18181-1) of the pixels; `hasAlpha` keeps the alpha channel.
+/// Throws ImageProcessingError::encodingFailed.
+Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan);
+
+/// The same JPEG in a JPEG XL container (ISO/IEC 18181-2), with what is needed to rebuild the file
+/// bit for bit; nothing when libjxl cannot. `effort` is libjxl's.
+std::optional<Bytes> transcodeJPEG(ByteView jpeg, int effort);
+
+}  // namespace orvane::JXLEncoder

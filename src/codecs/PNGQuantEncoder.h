@@ -1,0 +1,28 @@
+#pragma once
+
+#include <libimagequant.h>
+
+#include <vector>
+
+#include "codecs/PNGWriter.h"
+#include "pipeline/EncodingPlan.h"
+#include "pipeline/RGBABuffer.h"
+
+namespace orvane::PNGQuantEncoder {
+
+struct QuantizedImage {
+  Bytes indices;  ///< width × height, rows from the top
+  std::vector<PNGWriter::PaletteEntry> palette;
+};
+
+/// Reduces straight RGBA pixels to a palette with `attr` as the caller has set it up. One thread,
+/// whatever libimagequant was built with. `dithering` 0…1.
+/// Throws ImageProcessingError::encodingFailed.
+QuantizedImage quantize(liq_attr* attr, ByteView pixels, std::size_t width, std::size_t height,
+                        float dithering);
+
+/// A truecolour file, with alpha where the buffer has it; the plan's effort decides how row filters
+/// are chosen. Throws ZlibError.
+Bytes encodeLossless(const RGBABuffer& rgba, const EncodingPlan& plan);
+
+}  // namespace orvane::PNGQuantEncoder

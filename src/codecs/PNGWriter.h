@@ -1,0 +1,71 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "platform/foundation/Bytes.h"
+
+namespace orvane {
+
+/// zlib would not compress.
+class ZlibError : public std::exception {
+ public:
+  enum class Case { compressionFailed };
+
+  Case errorCase() const noexcept { return Case::compressionFailed; }
+  const char* what() const noexcept override { return "zlib compression failed"; }
+};
+
+/// Whole PNG files and the pieces they are made of (ISO/IEC 15948).
+namespace PNGWriter {
+
+struct PaletteEntry {
+  std::uint8_t r = 0;
+  std::uint8_t g = 0;
+  std::uint8_t b = 0;
+  std::uint8_t a = 255;
+
+  bool operator==(const PaletteEntry&) const = default;
+};
+
+/// PNG clause 9.2.
+enum class Filter : std::uint8_t { none, sub, up, average, paeth };
+
+inline constexpr std::array allFilters{Filter::none, Filter::sub, Filter::up, Filter::average,
+                                       Filter::paeth};
+
+inline constexpr std::array<std::uint8_t, 8> pngSignature{137, 80, 78, 71, 13, 10, 26, 10};
+
+/// An indexed file of depth 8. `indices`: width × height bytes, rows from the top.
+/// Throws ZlibError.
+Bytes writeIndexedPNG(std::size_t width, std::size_t height, ByteView indices,
+                      std::span<const PaletteEntry> palette, std::optional<ByteView> iccProfile);
+
+/// Filters one row of `count` bytes, `bpp` bytes per pixel, into `into`; `previous` is the raw row
+/// above, all zero for the first. Returns the sum of the magnitudes of the filtered bytes, read as
+/// signed.
+std::int64_t apply(Filter filter, const std::uint8_t* row, const std::uint8_t* previous,
+                   std::size_t count, std::size_t bpp, std::uint8_t* into);
+
+/// One zlib stream: level 9 up to 2 MiB of input, level 6 beyond. Throws ZlibError.
+Bytes zlibCompress(ByteView bytes);
+
+void appendUInt32BE(Bytes& file, std::uint32_t value);
+
+/// Length, type, payload and CRC (PNG clause 5.3).
+void appendPNGChunk(Bytes& file, std::string_view type, ByteView payload);
+
+/// An iCCP chunk (PNG clause 11.3.2.3), or nothing for an absent or empty profile.
+/// Throws ZlibError.
+void appendICCProfileIfPresent(Bytes& file, std::optional<ByteView> iccProfile);
+
+/// Signature and IHDR (PNG clause 11.2.1) of a depth-8, non-interlaced file.
+Bytes beginPNG(std::size_t width, std::size_t height, std::uint8_t colorType);
+
+}  // namespace PNGWriter
+}  // namespace orvane

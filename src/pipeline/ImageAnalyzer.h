@@ -1,0 +1,11 @@
+#pragma once
+
+#include "pipeline/ImageCharacteristics.h"
+#include "pipeline/RGBABuffer.h"
+
+namespace orvane::ImageAnalyzer {
+
+/// One pass over a grid of at most about 1.2 million samples. Cannot fail.
+ImageCharacteristics analyze(const RGBABuffer& buffer);
+
+}  // namespace orvane::ImageAnalyzer

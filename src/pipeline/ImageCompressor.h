@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "pipeline/ImageCompressionResult.h"
+#include "pipeline/ImageFormat.h"
+#include "platform/foundation/FileURL.h"
+
+namespace orvane::ImageCompressor {
+
+/// Bytes of the item at `path`; 0 when that cannot be told.
+std::int64_t fileSize(const std::string& path);
+
+/// Compresses one file into the folder `to`, under `destinationFilename` or, without one, under its
+/// own base name with the format's extension. Never throws: what goes wrong is the result's
+/// `error`. Any number of calls may run at once.
+ImageCompressionResult compress(const std::string& path, const FileURL& to, ImageFormat format,
+                                double quality,
+                                const std::optional<std::string>& destinationFilename);
+
+}  // namespace orvane::ImageCompressor

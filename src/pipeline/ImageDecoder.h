@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+
+#include "pipeline/ImageFormat.h"
+#include "platform/foundation/Bytes.h"
+#include "platform/graphics/Image.h"
+
+namespace orvane::ImageDecoder {
+
+struct DecodedImage {
+  ImageFormat format;  ///< what the source is, by its content
+  Image image;         ///< upright
+  std::size_t frameCount;
+};
+
+/// Decodes the first picture of a file and turns it upright.
+/// Throws ImageProcessingError::decodingFailed.
+DecodedImage decodeImageSource(ByteView fileData);
+
+/// `image` redrawn as EXIF orientation 2…8 asks; nothing for any other number, or when the
+/// redrawing cannot be done.
+std::optional<Image> applyOrientation(int orientation, const Image& image);
+
+}  // namespace orvane::ImageDecoder

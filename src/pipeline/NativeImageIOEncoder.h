@@ -1,0 +1,15 @@
+#pragma once
+
+#include "pipeline/EncodingPlan.h"
+#include "pipeline/ImageFormat.h"
+#include "platform/foundation/Bytes.h"
+#include "platform/graphics/Image.h"
+
+namespace orvane::NativeImageIOEncoder {
+
+/// A JPEG, HEIC or AVIF file (no other `format`) of a picture. `hasAlpha`: some pixel is not
+/// opaque; HEIC and AVIF keep it, JPEG shows white behind it. Only lossy plans can be encoded.
+/// Throws ImageProcessingError::encodingFailed.
+Bytes encode(const Image& image, bool hasAlpha, ImageFormat format, const EncodingPlan& plan);
+
+}  // namespace orvane::NativeImageIOEncoder

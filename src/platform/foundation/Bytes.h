@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace orvane {
+
+/// A file, or a part of one, in memory.
+using Bytes = std::vector<std::uint8_t>;
+
+/// Somebody else's bytes, read only.
+using ByteView = std::span<const std::uint8_t>;
+
+}  // namespace orvane

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+namespace orvane {
+
+/// A pool of worker threads that grows to the number of tasks in flight. Where the system will not
+/// give another thread, tasks wait for the ones there are.
+class WorkerPool {
+ public:
+  WorkerPool() = default;
+  WorkerPool(const WorkerPool&) = delete;
+  WorkerPool& operator=(const WorkerPool&) = delete;
+
+  /// Waits for every task.
+  ~WorkerPool();
+
+  /// Runs `work` on a worker. `work` does not throw. Throws std::system_error when not even one
+  /// thread can be had.
+  void run(std::function<void()> work);
+
+ private:
+  void workUntilClosed();
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<std::function<void()>> waiting_;
+  std::size_t idle_ = 0;
+  bool closed_ = false;
+  std::vector<std::thread> threads_;
+};
+
+/// Child tasks that each give one `Result`, taken in the order in which they finish. Owned and used
+/// by one thread; destruction waits for all children.
+template <typename Result>
+class TaskGroup {
+ public:
+  /// Starts a child; `work` does not throw.
+  void add(std::function<Result()> work) {
+    ++pending_;
+    pool_.run([this, work = std::move(work)] {
+      Result result = work();
+      const std::lock_guard lock(mutex_);
+      finished_.push_back(std::move(result));
+      arrived_.notify_one();
+    });
+  }
+
+  /// The next child to finish, or nothing when none is left.
+  std::optional<Result> next() {
+    if (pending_ == 0) return std::nullopt;
+    std::unique_lock lock(mutex_);
+    arrived_.wait(lock, [this] { return !finished_.empty(); });
+    std::optional<Result> result(std::move(finished_.front()));
+    finished_.pop_front();
+    --pending_;
+    return result;
+  }
+
+ private:
+  std::size_t pending_ = 0;  ///< added and not yet taken; the owner's thread only
+  std::mutex mutex_;
+  std::condition_variable arrived_;
+  std::deque<Result> finished_;
+  WorkerPool pool_;  ///< last: gone, with its threads, before what they use
+};
+
+}  // namespace orvane

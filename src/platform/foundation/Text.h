@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// Unicode text in UTF-8. Bytes that are not UTF-8 pass through `lowercased` and the comparison as
+/// U+FFFD; nothing here throws on them.
+namespace Text {
+
+/// Full Unicode lower-casing, root locale.
+std::string lowercased(std::string_view text);
+
+/// Canonical caseless match: letter case and composition do not count, accents do.
+bool equalsIgnoringCase(std::string_view left, std::string_view right);
+
+/// Without the Unicode White_Space at both ends.
+std::string trimmed(std::string_view text);
+
+/// `text` with every maximal ill-formed sequence (Unicode 3.9, table 3-7) replaced by U+FFFD.
+std::string wellFormed(std::string_view text);
+
+}  // namespace Text
+}  // namespace orvane

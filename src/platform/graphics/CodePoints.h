@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+
+namespace orvane {
+
+/// Colour primaries and transfer characteristics as ITU-T H.273 numbers them: what PNG's cICP chunk
+/// and HEIF's nclx box carry. The matrix and range that go with them there are the reader's
+/// business: pictures reach this system as full-range RGB or grey.
+struct CodePoints {
+  std::uint16_t primaries = 2;  ///< H.273 table 2; 2 is unspecified
+  std::uint16_t transfer = 2;   ///< H.273 table 3; 2 is unspecified
+
+  bool operator==(const CodePoints&) const = default;
+};
+
+inline constexpr CodePoints sRGBCodePoints{1, 13};
+inline constexpr CodePoints displayP3CodePoints{12, 13};
+
+}  // namespace orvane

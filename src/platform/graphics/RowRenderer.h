@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "platform/graphics/Image.h"
+
+namespace orvane {
+
+class ColorTransform;
+
+/// Renders the rows of one picture, one at a time, as R, G, B, A of 8 or 16 bits in a given RGB
+/// space. Same space in and out: the numbers are untouched. Other spaces are converted relative
+/// colorimetric with black-point compensation; uncalibrated CMYK becomes (255 − C)(255 − K) / 255
+/// and so on. Straight to premultiplied: c·a/max, rounded to nearest. Not for use by several
+/// threads at once.
+class RowRenderer {
+ public:
+  /// What the rendered colours are multiplied with.
+  enum class AlphaForm { premultiplied, straight };
+
+  /// `target` is an RGB space that supports output; `bitsPerComponent` is 8 or 16.
+  RowRenderer(const Image& image, const ColorSpacePtr& target, int bitsPerComponent,
+              AlphaForm alphaForm);
+  ~RowRenderer();
+  RowRenderer(RowRenderer&&) noexcept;
+  RowRenderer& operator=(RowRenderer&&) noexcept;
+
+  /// Writes row `y`: width × 4 components of the constructor's depth, 16-bit ones in native order.
+  void render(std::size_t y, void* out);
+
+ private:
+  struct Steps;
+  std::unique_ptr<Steps> steps_;
+};
+
+}  // namespace orvane

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "platform/foundation/Bytes.h"
+
+namespace orvane::Exif {
+
+/// The orientation in an EXIF block (CIPA DC-008), given from its TIFF header ("II*\0" or "MM\0*")
+/// on, with or without "Exif\0\0" before it. The number that stands there, or 1 when the block is
+/// broken or says nothing.
+int orientation(ByteView block);
+
+}  // namespace orvane::Exif

@@ -1,0 +1,9 @@
+#include "platform/imageio/ImageReader.h"
+
+namespace orvane {
+
+const ImageReader heicReader{
+    [](ByteView) { return false; },
+    [](ByteView) -> std::unique_ptr<ImageSource> { throw UnreadableImage("not readable yet"); }};
+
+}  // namespace orvane

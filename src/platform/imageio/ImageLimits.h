@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace orvane::ImageLimits {
+
+inline constexpr std::uint64_t maximumSide = 1'000'000;  ///< pixels
+inline constexpr std::uint64_t maximumPixels = std::uint64_t{1} << 30;
+inline constexpr std::size_t maximumICCBytes = std::size_t{8} << 20;
+inline constexpr int maximumProgressiveScans = 500;
+
+/// Throws UnreadableImage when a picture of this size is empty or past a limit: a side, the pixel
+/// count, or half of the memory that the process may use. To be called on the header, before any
+/// pixel memory is taken.
+void check(std::uint64_t width, std::uint64_t height, std::size_t bytesPerPixel);
+
+/// Physical memory, or what the process's control group may use when that is less. Bytes.
+std::uint64_t usableMemory();
+
+}  // namespace orvane::ImageLimits

@@ -1,0 +1,84 @@
+#include "support/TestProfiles.h"
+
+#include <array>
+#include <cmath>
+
+#include "platform/graphics/ICCProfile.h"
+
+namespace orvane::test {
+namespace {
+
+constexpr cmsCIExyY d65{0.3127, 0.3290, 1.0};
+
+ToneCurveHandle sRGBCurve() {
+  constexpr std::array<double, 5> parameters{2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
+  return ToneCurveHandle(cmsBuildParametricToneCurve(nullptr, 4, parameters.data()));
+}
+
+Bytes rgbProfile(const cmsCIExyYTRIPLE& primaries, cmsToneCurve* curve) {
+  const std::array<cmsToneCurve*, 3> curves{curve, curve, curve};
+  return ICCProfile::serialized(
+      ProfileHandle(cmsCreateRGBProfile(&d65, &primaries, curves.data())));
+}
+
+int inkToLab(const cmsUInt16Number in[], cmsUInt16Number out[], void*) {
+  const double black = 1 - in[3] / 65535.0;
+  const auto channel = [&](int ink) { return (1 - in[ink] / 65535.0) * black; };
+  // Multiplicative inks: good enough to be told from uncalibrated ones.
+  const double red = 0.9 * channel(0), green = 0.85 * channel(1), blue = 0.8 * channel(2);
+  const cmsCIEXYZ xyz{0.436 * red + 0.385 * green + 0.143 * blue,
+                      0.222 * red + 0.717 * green + 0.061 * blue,
+                      0.014 * red + 0.097 * green + 0.714 * blue};
+  cmsCIELab lab;
+  cmsXYZ2Lab(nullptr, &lab, &xyz);
+  cmsFloat2LabEncoded(out, &lab);
+  return 1;
+}
+
+}  // namespace
+
+Bytes displayP3Profile() {
+  const cmsCIExyYTRIPLE p3{{0.680, 0.320, 1}, {0.265, 0.690, 1}, {0.150, 0.060, 1}};
+  return rgbProfile(p3, sRGBCurve().get());
+}
+
+Bytes adobeRGBProfile() {
+  const cmsCIExyYTRIPLE adobe{{0.640, 0.330, 1}, {0.210, 0.710, 1}, {0.150, 0.060, 1}};
+  return rgbProfile(adobe, ToneCurveHandle(cmsBuildGamma(nullptr, 563.0 / 256)).get());
+}
+
+Bytes grayGamma22Profile() {
+  const ToneCurveHandle curve(cmsBuildGamma(nullptr, 2.2));
+  return ICCProfile::serialized(ProfileHandle(cmsCreateGrayProfile(&d65, curve.get())));
+}
+
+Bytes otherMakeSRGBProfile() {
+  const cmsCIExyYTRIPLE rec709{{0.640, 0.330, 1}, {0.300, 0.600, 1}, {0.150, 0.060, 1}};
+  std::array<cmsUInt16Number, 1024> table{};
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    const double v = static_cast<double>(i) / 1023;
+    const double linear = v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+    table[i] = static_cast<cmsUInt16Number>(std::lround(linear * 65535));
+  }
+  const ToneCurveHandle curve(cmsBuildTabulatedToneCurve16(
+      nullptr, static_cast<cmsUInt32Number>(table.size()), table.data()));
+  return rgbProfile(rec709, curve.get());
+}
+
+Bytes cmykProfile() {
+  const ProfileHandle profile(cmsCreateProfilePlaceholder(nullptr));
+  cmsSetProfileVersion(profile.get(), 4.3);
+  cmsSetDeviceClass(profile.get(), cmsSigOutputClass);
+  cmsSetColorSpace(profile.get(), cmsSigCmykData);
+  cmsSetPCS(profile.get(), cmsSigLabData);
+  cmsPipeline* pipeline = cmsPipelineAlloc(nullptr, 4, 3);
+  cmsStage* grid = cmsStageAllocCLut16bit(nullptr, 9, 4, 3, nullptr);
+  cmsStageSampleCLut16bit(grid, inkToLab, nullptr, 0);
+  cmsPipelineInsertStage(pipeline, cmsAT_BEGIN, grid);
+  cmsWriteTag(profile.get(), cmsSigAToB0Tag, pipeline);
+  cmsWriteTag(profile.get(), cmsSigAToB1Tag, pipeline);
+  cmsPipelineFree(pipeline);
+  return ICCProfile::serialized(profile);
+}
+
+}  // namespace orvane::test

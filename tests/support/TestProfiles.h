@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/foundation/Bytes.h"
+
+/// ICC profiles made by Little CMS for tests.
+namespace orvane::test {
+
+Bytes displayP3Profile();
+Bytes adobeRGBProfile();
+Bytes grayGamma22Profile();
+
+/// sRGB under another name and with a curve table in place of the formula.
+Bytes otherMakeSRGBProfile();
+
+/// A simple uncoated-ink CMYK profile: a device link of Little CMS turned into an input profile.
+Bytes cmykProfile();
+
+}  // namespace orvane::test
