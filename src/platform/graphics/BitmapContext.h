@@ -25,7 +25,7 @@ class BitmapContext {
     premultipliedLast,  ///< the result has alpha
   };
 
-  /// An empty (all zero) context, or nothing when it cannot be made: a space that cannot be
+  /// An undrawn context, or nothing when it cannot be made: a space that cannot be
   /// rendered into, or no memory. `bitsPerComponent` is 8 or 16 (native byte order).
   static std::optional<BitmapContext> create(std::size_t width, std::size_t height,
                                              int bitsPerComponent, Alpha alpha,

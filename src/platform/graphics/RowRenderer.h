@@ -8,8 +8,6 @@
 
 namespace orvane {
 
-class ColorTransform;
-
 /// Renders the rows of one picture, one at a time, as R, G, B, A of 8 or 16 bits in a given RGB
 /// space. Same space in and out: the numbers are untouched. Other spaces are converted relative
 /// colorimetric with black-point compensation; uncalibrated CMYK becomes (255 − C)(255 − K) / 255
