@@ -2,6 +2,7 @@
 
 #include <libimagequant.h>
 
+#include <memory>
 #include <vector>
 
 #include "codecs/PNGWriter.h"
@@ -9,6 +10,11 @@
 #include "pipeline/RGBABuffer.h"
 
 namespace orvane::PNGQuantEncoder {
+
+struct LiqAttrDeleter {
+  void operator()(liq_attr* attr) const { liq_attr_destroy(attr); }
+};
+using LiqAttr = std::unique_ptr<liq_attr, LiqAttrDeleter>;
 
 struct QuantizedImage {
   Bytes indices;  ///< width × height, rows from the top

@@ -65,7 +65,8 @@ class ColorSpace {
   ByteView iccData() const { return iccData_; }
 
   /// The H.273 code points that say the same as the profile, where there are such.
-  std::optional<CodePoints> codePoints() const { return codePoints_; }
+  /// A profile is recognised by what it does, at each call.
+  std::optional<CodePoints> codePoints() const;
 
   /// Whether pictures can be rendered into this space: RGB, and its profile converts both ways.
   bool supportsOutput() const { return supportsOutput_; }

@@ -10,8 +10,8 @@ namespace orvane {
 /// compensation, alpha left alone. Not for use by several threads at once.
 class ColorTransform {
  public:
-  /// From `layout` (any, but not premultiplied) of `source`, into R, G, B, A of `target`; 8- or 16-bit
-  /// components on both sides.
+  /// From `layout` (any, but not premultiplied) of `source`, into R, G, B, A of `target`; 8- or
+  /// 16-bit components on both sides.
   ColorTransform(const ColorSpace& source, ChannelLayout layout, const ColorSpace& target,
                  int bitsPerComponent);
 

@@ -11,6 +11,13 @@ ProfileHandle open(ByteView profile) {
       cmsOpenProfileFromMem(profile.data(), static_cast<cmsUInt32Number>(profile.size())));
 }
 
+void describe(const ProfileHandle& profile, const std::string& name) {
+  cmsMLU* text = cmsMLUalloc(nullptr, 1);
+  cmsMLUsetASCII(text, "en", "US", name.c_str());
+  cmsWriteTag(profile.get(), cmsSigProfileDescriptionTag, text);
+  cmsMLUfree(text);
+}
+
 Bytes serialized(const ProfileHandle& profile) {
   cmsUInt32Number size = 0;
   if (!profile || !cmsSaveProfileToMem(profile.get(), nullptr, &size)) throw std::bad_alloc();

@@ -3,6 +3,7 @@
 #include <lcms2.h>
 
 #include <memory>
+#include <string>
 #include <type_traits>
 
 #include "platform/foundation/Bytes.h"
@@ -29,6 +30,9 @@ namespace ICCProfile {
 
 /// Null when the bytes are no profile.
 ProfileHandle open(ByteView profile);
+
+/// Names the profile for the people who see it in a viewer. ASCII.
+void describe(const ProfileHandle& profile, const std::string& name);
 
 /// The profile as a file. The same profile gives the same bytes at any time: the creation date,
 /// which Little CMS takes from the clock, is a fixed one. Throws std::bad_alloc.

@@ -1,0 +1,113 @@
+#include "pipeline/ImageDecoder.h"
+
+#include <gtest/gtest.h>
+
+#include <string_view>
+
+#include "pipeline/ImageProcessingError.h"
+#include "support/TestImages.h"
+#include "support/TestProfiles.h"
+
+namespace orvane {
+namespace {
+
+using test::Pixel;
+
+/// Where the pixel (x, y) of the upright picture lies in the stored one, by CIPA DC-008's own
+/// words: what the 0th row and the 0th column are.
+std::pair<std::size_t, std::size_t> stored(int orientation, std::size_t x, std::size_t y,
+                                           std::size_t w, std::size_t h) {
+  switch (orientation) {
+    case 2:
+      return {w - 1 - x, y};  // row 0 top, column 0 right
+    case 3:
+      return {w - 1 - x, h - 1 - y};  // bottom, right
+    case 4:
+      return {x, h - 1 - y};  // bottom, left
+    case 5:
+      return {y, x};  // left, top
+    case 6:
+      return {y, h - 1 - x};  // right, top
+    case 7:
+      return {w - 1 - y, h - 1 - x};  // right, bottom
+    case 8:
+      return {w - 1 - y, x};  // left, bottom
+    default:
+      return {x, y};
+  }
+}
+
+void expectUpright(const Image& image, int orientation) {
+  const auto upright = ImageDecoder::applyOrientation(orientation, image);
+  ASSERT_TRUE(upright.has_value()) << orientation;
+  const bool swapsSides = orientation >= 5;
+  ASSERT_EQ(upright->width, swapsSides ? image.height : image.width);
+  ASSERT_EQ(upright->height, swapsSides ? image.width : image.height);
+  EXPECT_EQ(upright->bitsPerComponent, image.bitsPerComponent);
+  for (std::size_t y = 0; y < upright->height; ++y) {
+    for (std::size_t x = 0; x < upright->width; ++x) {
+      const auto [sx, sy] = stored(orientation, x, y, image.width, image.height);
+      ASSERT_EQ(test::pixelAt(*upright, x, y), test::pixelAt(image, sx, sy))
+          << "orientation " << orientation << " at " << x << ", " << y;
+    }
+  }
+}
+
+TEST(ImageDecoder, turnsEveryOrientationUpright) {
+  // More rows than are turned in one block, and no multiple of it.
+  for (int orientation = 2; orientation <= 8; ++orientation) {
+    expectUpright(test::gradientImage(23, 37), orientation);
+    expectUpright(test::gradientImage(1, 1), orientation);
+    expectUpright(test::gradientImage(5, 1), orientation);
+  }
+}
+
+TEST(ImageDecoder, turnsDeepPicturesAtTheirDepth) {
+  const Image deep = test::drawImage(7, 19, ChannelLayout::rgba, AlphaKind::none, 16,
+                                     ColorSpace::sRGB(), [](std::size_t x, std::size_t y) -> Pixel {
+                                       return {static_cast<std::uint16_t>(x * 9000),
+                                               static_cast<std::uint16_t>(y * 3001), 12345, 65535};
+                                     });
+  for (int orientation = 2; orientation <= 8; ++orientation) expectUpright(deep, orientation);
+}
+
+TEST(ImageDecoder, leavesAnyOtherOrientationAlone) {
+  for (const int orientation : {-1, 0, 1, 9, 1000}) {
+    EXPECT_FALSE(ImageDecoder::applyOrientation(orientation, test::gradientImage(3, 2)));
+  }
+}
+
+TEST(ImageDecoder, turnsOpaquePicturesWithoutAnAlphaChannelAndOthersWithOne) {
+  const auto opaque = ImageDecoder::applyOrientation(3, test::gradientImage(4, 4));
+  EXPECT_EQ(opaque->alpha, AlphaKind::none);
+  const auto translucent = ImageDecoder::applyOrientation(3, test::alphaGradientImage(4, 4));
+  EXPECT_EQ(translucent->alpha, AlphaKind::premultiplied);
+}
+
+TEST(ImageDecoder, turnsInTheSpaceOfThePictureWhereItCan) {
+  const ColorSpacePtr p3 = ColorSpace::fromICC(test::displayP3Profile(), ColorSpace::Model::rgb);
+  EXPECT_EQ(ImageDecoder::applyOrientation(6, test::patchImage(6, 4, p3))->colorSpace, p3);
+  const Image gray = test::drawImage(
+      2, 1, ChannelLayout::gray, AlphaKind::none, 8, ColorSpace::standard(ColorSpace::Model::gray),
+      [](std::size_t x, std::size_t) { return Pixel{static_cast<std::uint16_t>(x)}; });
+  const auto turned = ImageDecoder::applyOrientation(2, gray);
+  EXPECT_TRUE(turned->colorSpace->isSRGB());
+  EXPECT_EQ(test::pixelAt(*turned, 0, 0), (Pixel{1, 1, 1, 255}));
+}
+
+TEST(ImageDecoder, refusesWhatIsNoneOfTheSixFormats) {
+  for (const std::string_view content :
+       {std::string_view(""), std::string_view("GIF89a\x01\0\x01\0\0\0\0;", 14),
+        std::string_view("II*\0\x08\0\0\0", 8), std::string_view("not a picture at all")}) {
+    try {
+      ImageDecoder::decodeImageSource(
+          {reinterpret_cast<const std::uint8_t*>(content.data()), content.size()});
+      FAIL() << content;
+    } catch (const ImageProcessingError& error) {
+      EXPECT_EQ(error.errorCase(), ImageProcessingError::Case::decodingFailed);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orvane

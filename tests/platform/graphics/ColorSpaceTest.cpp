@@ -1,0 +1,139 @@
+#include "platform/graphics/ColorSpace.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/graphics/CodePointsProfile.h"
+#include "support/TestProfiles.h"
+
+namespace orvane {
+namespace {
+
+using Model = ColorSpace::Model;
+
+Bytes copyOf(ByteView bytes) { return Bytes(bytes.begin(), bytes.end()); }
+
+TEST(ColorSpace, knowsSRGBByNameAndByCodePoints) {
+  EXPECT_EQ(ColorSpace::sRGB()->name(), ColorSpace::sRGBName);
+  EXPECT_TRUE(ColorSpace::sRGB()->isSRGB());
+  EXPECT_TRUE(ColorSpace::sRGB()->supportsOutput());
+  EXPECT_EQ(ColorSpace::sRGB()->codePoints(), sRGBCodePoints);
+}
+
+TEST(ColorSpace, takesAProfileThatDoesWhatSRGBDoesForSRGBWhateverItsBytes) {
+  EXPECT_EQ(ColorSpace::fromICC(test::otherMakeSRGBProfile(), Model::rgb), ColorSpace::sRGB());
+  EXPECT_EQ(ColorSpace::fromICC(ColorSpace::sRGB()->iccData(), Model::rgb), ColorSpace::sRGB());
+}
+
+TEST(ColorSpace, keepsTheBytesOfEveryOtherProfile) {
+  for (const Bytes& profile : {test::displayP3Profile(), test::adobeRGBProfile()}) {
+    const ColorSpacePtr space = ColorSpace::fromICC(profile, Model::rgb);
+    EXPECT_FALSE(space->isSRGB());
+    EXPECT_FALSE(space->name().has_value());
+    EXPECT_TRUE(space->supportsOutput());
+    EXPECT_EQ(copyOf(space->iccData()), profile);
+  }
+}
+
+TEST(ColorSpace, tellsTheCodePointsOfAProfileByWhatItDoes) {
+  EXPECT_EQ(ColorSpace::fromICC(test::displayP3Profile(), Model::rgb)->codePoints(),
+            displayP3CodePoints);
+  EXPECT_EQ(ColorSpace::fromICC(test::adobeRGBProfile(), Model::rgb)->codePoints(), std::nullopt);
+}
+
+TEST(ColorSpace, fallsBackToTheStandardSpaceForProfilesThatCannotBeUsed) {
+  const Bytes p3 = test::displayP3Profile();
+  Bytes cut(p3.begin(), p3.begin() + 200);
+  Bytes damaged = p3;
+  std::fill(damaged.begin() + 128, damaged.end(), std::uint8_t{0xFF});
+  EXPECT_EQ(ColorSpace::fromICC({}, Model::rgb), ColorSpace::sRGB());
+  EXPECT_EQ(ColorSpace::fromICC(cut, Model::rgb), ColorSpace::sRGB());
+  EXPECT_EQ(ColorSpace::fromICC(damaged, Model::rgb), ColorSpace::sRGB());
+}
+
+TEST(ColorSpace, ignoresAProfileOfAnotherModelThanThePicture) {
+  EXPECT_EQ(ColorSpace::fromICC(test::grayGamma22Profile(), Model::rgb), ColorSpace::sRGB());
+  EXPECT_EQ(ColorSpace::fromICC(test::displayP3Profile(), Model::gray),
+            ColorSpace::standard(Model::gray));
+  EXPECT_EQ(ColorSpace::fromICC(test::displayP3Profile(), Model::cmyk),
+            ColorSpace::standard(Model::cmyk));
+}
+
+TEST(ColorSpace, rendersOnlyIntoRGB) {
+  const ColorSpacePtr gray = ColorSpace::fromICC(test::grayGamma22Profile(), Model::gray);
+  const ColorSpacePtr cmyk = ColorSpace::fromICC(test::cmykProfile(), Model::cmyk);
+  const ColorSpacePtr p3 = ColorSpace::fromICC(test::displayP3Profile(), Model::rgb);
+  EXPECT_FALSE(gray->iccData().empty());
+  EXPECT_FALSE(cmyk->iccData().empty());
+  EXPECT_EQ(renderingSpace(gray), ColorSpace::sRGB());
+  EXPECT_EQ(renderingSpace(cmyk), ColorSpace::sRGB());
+  EXPECT_EQ(renderingSpace(p3), p3);
+}
+
+TEST(ColorSpace, makesAnEquivalentProfileForCodePoints) {
+  const ColorSpacePtr p3 = ColorSpace::fromCodePoints(displayP3CodePoints, Model::rgb);
+  EXPECT_FALSE(p3->isSRGB());
+  EXPECT_TRUE(p3->supportsOutput());
+  // Read back as an embedded profile it still says the same.
+  EXPECT_EQ(ColorSpace::fromICC(p3->iccData(), Model::rgb)->codePoints(), displayP3CodePoints);
+}
+
+TEST(ColorSpace, keepsTheCodePointsOfHighDynamicRange) {
+  for (const CodePoints points : {CodePoints{9, 16}, CodePoints{9, 18}, CodePoints{12, 16}}) {
+    const ColorSpacePtr space = ColorSpace::fromCodePoints(points, Model::rgb);
+    EXPECT_EQ(space->codePoints(), points);
+    EXPECT_TRUE(space->supportsOutput());
+    EXPECT_FALSE(space->iccData().empty());
+  }
+}
+
+TEST(ColorSpace, takesUnspecifiedAndReservedCodePointsForSRGB) {
+  for (const CodePoints points :
+       {CodePoints{2, 2}, CodePoints{1, 2}, CodePoints{2, 13}, CodePoints{1, 13}, CodePoints{0, 0},
+        CodePoints{99, 13}, CodePoints{1, 99}, CodePoints{10, 13}}) {
+    EXPECT_EQ(ColorSpace::fromCodePoints(points, Model::rgb), ColorSpace::sRGB())
+        << points.primaries << "/" << points.transfer;
+  }
+  EXPECT_EQ(ColorSpace::fromCodePoints({2, 2}, Model::gray), ColorSpace::standard(Model::gray));
+}
+
+TEST(ColorSpace, hasACurveForEveryTransferThatStandsInTheTable) {
+  for (const std::uint16_t transfer : {1, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18}) {
+    const ToneCurveHandle curve = decodingCurve(transfer);
+    ASSERT_TRUE(curve) << transfer;
+    EXPECT_NEAR(cmsEvalToneCurveFloat(curve.get(), 1), 1, 1e-3) << transfer;
+    EXPECT_TRUE(cmsIsToneCurveMonotonic(curve.get())) << transfer;
+  }
+  EXPECT_NEAR(cmsEvalToneCurveFloat(decodingCurve(13).get(), 0.5), 0.21404, 1e-4);
+  // 203 cd/m² of 10 000, at 58 % of the signal (ITU-R BT.2408).
+  EXPECT_NEAR(cmsEvalToneCurveFloat(decodingCurve(16).get(), 0.5807F), 0.0203, 2e-4);
+  // Half the signal is a twelfth of scene light (ITU-R BT.2100).
+  EXPECT_NEAR(cmsEvalToneCurveFloat(decodingCurve(18).get(), 0.5), 1.0 / 12, 1e-3);
+}
+
+TEST(ColorSpace, makesAnEquivalentProfileForChromaticities) {
+  constexpr Chromaticities adobe{
+      {0.64, 0.33}, {0.21, 0.71}, {0.15, 0.06}, {0.3127, 0.3290}, 2.19921875};
+  const ColorSpacePtr space = ColorSpace::fromChromaticities(adobe, Model::rgb);
+  EXPECT_FALSE(space->isSRGB());
+  EXPECT_TRUE(space->supportsOutput());
+}
+
+TEST(ColorSpace, takesImpossibleChromaticitiesForSRGB) {
+  constexpr Chromaticities flat{{0, 0}, {0, 0}, {0, 0}, {0, 0}, 2.2};
+  constexpr Chromaticities noGamma{{0.64, 0.33}, {0.3, 0.6}, {0.15, 0.06}, {0.3127, 0.329}, 0};
+  EXPECT_EQ(ColorSpace::fromChromaticities(flat, Model::rgb), ColorSpace::sRGB());
+  EXPECT_EQ(ColorSpace::fromChromaticities(noGamma, Model::rgb), ColorSpace::sRGB());
+}
+
+TEST(ColorSpace, writesTheSameProfileAtAnyTime) {
+  const auto p3 = [] {
+    return copyOf(ColorSpace::fromCodePoints(displayP3CodePoints, Model::rgb)->iccData());
+  };
+  const Bytes first = p3();
+  EXPECT_EQ(first, p3());
+  EXPECT_EQ(first[24], 0x07);  // the year 2000, not the clock's
+  EXPECT_EQ(first[25], 0xD0);
+}
+
+}  // namespace
+}  // namespace orvane
