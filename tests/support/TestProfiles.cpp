@@ -74,7 +74,10 @@ Bytes cmykProfile() {
   cmsPipeline* pipeline = cmsPipelineAlloc(nullptr, 4, 3);
   cmsStage* grid = cmsStageAllocCLut16bit(nullptr, 9, 4, 3, nullptr);
   cmsStageSampleCLut16bit(grid, inkToLab, nullptr, 0);
-  cmsPipelineInsertStage(pipeline, cmsAT_BEGIN, grid);
+  // ICC.1:2022 10.12: curves stand before and after a grid.
+  cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 4, nullptr));
+  cmsPipelineInsertStage(pipeline, cmsAT_END, grid);
+  cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 3, nullptr));
   cmsWriteTag(profile.get(), cmsSigAToB0Tag, pipeline);
   cmsWriteTag(profile.get(), cmsSigAToB1Tag, pipeline);
   cmsPipelineFree(pipeline);

@@ -12,7 +12,7 @@ Bytes grayGamma22Profile();
 /// sRGB under another name and with a curve table in place of the formula.
 Bytes otherMakeSRGBProfile();
 
-/// A simple uncoated-ink CMYK profile: a device link of Little CMS turned into an input profile.
+/// A simple CMYK profile of multiplicative inks on yellowish paper.
 Bytes cmykProfile();
 
 }  // namespace orvane::test
