@@ -64,6 +64,11 @@ Bytes encodePaletteOrLossless(const RGBABuffer& buffer, const EncodingPlan& plan
   return PNGQuantEncoder::encodeLossless(buffer, plan);
 }
 
+/// Whether the format is encoded from the buffer and not from the decoded picture.
+bool encodesBuffer(ImageFormat format) {
+  return format == ImageFormat::png || format == ImageFormat::webp || format == ImageFormat::jxl;
+}
+
 Bytes encode(const Work& work, const EncodingPlan& plan, bool losslessPNG) {
   switch (work.format) {
     case ImageFormat::png:
@@ -113,6 +118,12 @@ Bytes compressed(ByteView file, ImageFormat format, double quality) {
     if (auto transcoded = JXLEncoder::transcodeJPEG(file, ordinal(plan.effort) + 5)) {
       return std::move(*transcoded);
     }
+  }
+  // Only one of the two pictures is encoded; the memory of the other goes first.
+  if (encodesBuffer(format)) {
+    source.image.pixels.reset();
+  } else {
+    buffer.releasePixels();
   }
   return encodeSmallest({std::move(source), std::move(buffer), characteristics, format}, plan);
 }

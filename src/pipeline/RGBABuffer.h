@@ -28,6 +28,12 @@ struct RGBABuffer {
   /// Takes width × height × 4 bytes as they are, straight alpha; `hasAlpha` is read off them.
   RGBABuffer(std::size_t width, std::size_t height, PixelMemory straightPixels,
              ColorSpacePtr colorSpace);
+
+  /// Lets go of the pixels, when only the rest is still of interest.
+  void releasePixels() {
+    pixels = {};
+    storage.reset();
+  }
 };
 
 }  // namespace orvane
