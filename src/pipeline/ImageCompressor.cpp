@@ -2,78 +2,47 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <new>
 
 #include "codecs/JXLEncoder.h"
 #include "codecs/PNGQuantEncoder.h"
-#include "codecs/PNGWriter.h"
 #include "codecs/WebPEncoder.h"
-#include "pipeline/ColorProfile.h"
+#include "pipeline/EncodingAttempts.h"
 #include "pipeline/EncodingStrategy.h"
 #include "pipeline/ImageAnalyzer.h"
 #include "pipeline/ImageDecoder.h"
 #include "pipeline/ImageProcessingError.h"
 #include "pipeline/NativeImageIOEncoder.h"
+#include "pipeline/PalettePNG.h"
 #include "platform/foundation/FileError.h"
 #include "platform/foundation/Files.h"
 
 namespace orvane::ImageCompressor {
 namespace {
 
+using EncodingAttempts::PNGForm;
+
 /// From this perceptual quality on a JPEG becomes a JPEG XL without loss.
 constexpr double transcodingQuality = 90;
 
 /// One decoded picture and everything that is known of it.
 struct Work {
-  ImageDecoder::DecodedImage source;
+  Image image;
   RGBABuffer buffer;
   ImageCharacteristics characteristics;
   ImageFormat format;
 };
-
-int quantizationSpeed(EncodingPlan::Effort effort) {
-  switch (effort) {
-    case EncodingPlan::Effort::fast:
-      return 8;
-    case EncodingPlan::Effort::balanced:
-      return 4;
-    case EncodingPlan::Effort::thorough:
-      return 3;
-  }
-  return 4;
-}
-
-Bytes encodePalette(const RGBABuffer& buffer, const EncodingPlan& plan) {
-  const PNGQuantEncoder::LiqAttr attributes(liq_attr_create());
-  if (!attributes) throw ImageProcessingError::encodingFailed(ImageFormat::png);
-  const auto target = static_cast<int>(std::clamp(std::round(plan.quality), 0.0, 100.0));
-  liq_set_quality(attributes.get(), 0, target);
-  liq_set_speed(attributes.get(), quantizationSpeed(plan.effort));
-  const auto quantized = PNGQuantEncoder::quantize(attributes.get(), buffer.pixels, buffer.width,
-                                                   buffer.height, plan.ditheringLevel);
-  return PNGWriter::writeIndexedPNG(buffer.width, buffer.height, quantized.indices,
-                                    quantized.palette,
-                                    ColorProfile::embeddableICC(*buffer.colorSpace));
-}
-
-/// Any failure of the palette path leaves the lossless one.
-Bytes encodePaletteOrLossless(const RGBABuffer& buffer, const EncodingPlan& plan) try {
-  return encodePalette(buffer, plan);
-} catch (const std::exception&) {
-  return PNGQuantEncoder::encodeLossless(buffer, plan);
-}
 
 /// Whether the format is encoded from the buffer and not from the decoded picture.
 bool encodesBuffer(ImageFormat format) {
   return format == ImageFormat::png || format == ImageFormat::webp || format == ImageFormat::jxl;
 }
 
-Bytes encode(const Work& work, const EncodingPlan& plan, bool losslessPNG) {
+Bytes encode(const Work& work, const EncodingPlan& plan, PNGForm pngForm) {
   switch (work.format) {
     case ImageFormat::png:
-      return losslessPNG ? PNGQuantEncoder::encodeLossless(work.buffer, plan)
-                         : encodePaletteOrLossless(work.buffer, plan);
+      return pngForm == PNGForm::truecolor ? PNGQuantEncoder::encodeLossless(work.buffer, plan)
+                                           : PalettePNG::encode(work.buffer, plan);
     case ImageFormat::webp:
       return WebPEncoder::encode(work.buffer, plan, work.characteristics);
     case ImageFormat::jxl:
@@ -81,51 +50,40 @@ Bytes encode(const Work& work, const EncodingPlan& plan, bool losslessPNG) {
     case ImageFormat::jpeg:
     case ImageFormat::heic:
     case ImageFormat::avif:
-      return NativeImageIOEncoder::encode(work.source.image, work.buffer.hasAlpha, work.format,
-                                          plan);
+      return NativeImageIOEncoder::encode(work.image, work.buffer.hasAlpha, work.format, plan);
   }
   throw ImageProcessingError::encodingFailed(work.format);
 }
 
-/// The second attempt: the plan with another mode. Nothing when it fails.
-std::optional<Bytes> encodeAlternative(const Work& work, const EncodingPlan& plan) try {
-  EncodingPlan alternative = plan;
-  if (plan.losslessCandidate) {
-    alternative.mode = EncodingPlan::Lossless{};
-  } else {
-    alternative.mode = EncodingPlan::Lossy{plan.losslessQuality};
+/// The source as it came, in JPEG XL; nothing where the pixels are to be encoded.
+std::optional<Bytes> transcoded(ByteView file, ImageFormat source, ImageFormat format,
+                                double quality, const EncodingPlan& plan) {
+  if (format != ImageFormat::jxl || source != ImageFormat::jpeg ||
+      !(quality >= transcodingQuality)) {
+    return std::nullopt;
   }
-  return encode(work, alternative, plan.losslessCandidate);
-} catch (const std::exception&) {
-  return std::nullopt;
-}
-
-Bytes encodeSmallest(const Work& work, const EncodingPlan& plan) {
-  Bytes primary = encode(work, plan, plan.preferLossless);
-  if (plan.singlePass) return primary;
-  std::optional<Bytes> alternative = encodeAlternative(work, plan);
-  return alternative && alternative->size() < primary.size() ? std::move(*alternative)
-                                                             : std::move(primary);
+  return JXLEncoder::transcodeJPEG(file, ordinal(plan.effort) + 5);
 }
 
 Bytes compressed(ByteView file, ImageFormat format, double quality) {
   ImageDecoder::DecodedImage source = ImageDecoder::decodeImageSource(file);
   RGBABuffer buffer(source.image);
-  const ImageCharacteristics characteristics = ImageAnalyzer::analyze(buffer);
-  const EncodingPlan plan = EncodingStrategy::plan(characteristics, format, quality);
-  if (format == ImageFormat::jxl && source.format == ImageFormat::jpeg &&
-      quality >= transcodingQuality) {
-    if (auto transcoded = JXLEncoder::transcodeJPEG(file, ordinal(plan.effort) + 5)) {
-      return std::move(*transcoded);
-    }
+  Work work{.image = std::move(source.image), .buffer = std::move(buffer), .format = format};
+  work.characteristics = ImageAnalyzer::analyze(work.buffer);
+  const EncodingPlan plan = EncodingStrategy::plan(work.characteristics, format, quality);
+  if (auto output = transcoded(file, source.format, format, quality, plan)) {
+    return std::move(*output);
   }
   // Only one of the two pictures is encoded; the memory of the other goes first.
   if (encodesBuffer(format)) {
-    source.image.pixels.reset();
+    work.image.pixels.reset();
   } else {
-    buffer.releasePixels();
+    work.buffer.releasePixels();
   }
-  return encodeSmallest({std::move(source), std::move(buffer), characteristics, format}, plan);
+  return EncodingAttempts::encodeSmallest(plan,
+                                          [&work](const EncodingPlan& attempt, PNGForm pngForm) {
+                                            return encode(work, attempt, pngForm);
+                                          });
 }
 
 std::string defaultFilename(const std::string& path, ImageFormat format) {
