@@ -1,0 +1,112 @@
+#include "pipeline/NativeImageIOEncoder.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "pipeline/ImageDecoder.h"
+#include "pipeline/ImageProcessingError.h"
+#include "platform/graphics/RowRenderer.h"
+#include "support/TestImages.h"
+
+namespace orvane {
+namespace {
+
+using test::Pixel;
+
+EncodingPlan lossy(double quality) { return {.mode = EncodingPlan::Lossy{quality}}; }
+
+/// The picture in a file, as straight 8-bit R, G, B, A.
+Image decoded(ByteView file) {
+  const Image image = ImageDecoder::decodeImageSource(file).image;
+  Image rgba = image;
+  rgba.layout = ChannelLayout::rgba;
+  rgba.alpha = AlphaKind::straight;
+  rgba.bitsPerComponent = 8;
+  rgba.bytesPerRow = image.width * 4;
+  const auto pixels = makePixelMemory(rgba.bytesPerRow * image.height);
+  RowRenderer renderer(image, renderingSpace(image.colorSpace), 8,
+                       RowRenderer::AlphaForm::straight);
+  for (std::size_t y = 0; y < image.height; ++y)
+    renderer.render(y, pixels.get() + y * rgba.bytesPerRow);
+  rgba.pixels = pixels;
+  return rgba;
+}
+
+/// Left half transparent red, right half opaque blue; big enough for chroma to settle.
+Image halfTransparent() {
+  return test::drawImage(64, 32, ChannelLayout::rgba, AlphaKind::straight, 8, ColorSpace::sRGB(),
+                         [](std::size_t x, std::size_t) -> Pixel {
+                           return x < 32 ? Pixel{255, 0, 0, 0} : Pixel{0, 0, 255, 255};
+                         });
+}
+
+void expectNear(const Pixel& actual, const Pixel& expected, int tolerance) {
+  for (std::size_t c = 0; c < 4; ++c) EXPECT_NEAR(actual[c], expected[c], tolerance) << c;
+}
+
+TEST(NativeImageIOEncoder, showsWhiteBehindTransparencyInJPEG) {
+  const Image jpeg =
+      decoded(NativeImageIOEncoder::encode(halfTransparent(), true, ImageFormat::jpeg, lossy(95)));
+  expectNear(test::pixelAt(jpeg, 8, 16), {255, 255, 255, 255}, 2);
+  expectNear(test::pixelAt(jpeg, 56, 16), {0, 0, 255, 255}, 3);
+}
+
+class NativeAlpha : public testing::TestWithParam<ImageFormat::Case> {};
+
+TEST_P(NativeAlpha, keepsTransparency) {
+  const Image image =
+      decoded(NativeImageIOEncoder::encode(halfTransparent(), true, GetParam(), lossy(90)));
+  EXPECT_LE(test::pixelAt(image, 8, 16)[3], 1);
+  expectNear(test::pixelAt(image, 56, 16), {0, 0, 255, 255}, 4);
+}
+
+TEST_P(NativeAlpha, dropsAnAlphaChannelThatIsOpaqueThroughout) {
+  const Image opaque = test::drawImage(16, 16, ChannelLayout::rgba, AlphaKind::straight, 8,
+                                       ColorSpace::sRGB(), [](std::size_t, std::size_t) {
+                                         return Pixel{10, 200, 90, 255};
+                                       });
+  const Bytes file = NativeImageIOEncoder::encode(opaque, false, GetParam(), lossy(90));
+  EXPECT_EQ(ImageDecoder::decodeImageSource(file).image.alpha, AlphaKind::none);
+}
+
+INSTANTIATE_TEST_SUITE_P(NativeImageIOEncoder, NativeAlpha,
+                         testing::Values(ImageFormat::heic, ImageFormat::avif));
+
+TEST(NativeImageIOEncoder, clampsTheQuality) {
+  const Image image = test::noisyImage(48, 48);
+  const auto encode = [&](ImageFormat format, double quality) {
+    return NativeImageIOEncoder::encode(image, false, format, lossy(quality));
+  };
+  EXPECT_EQ(encode(ImageFormat::jpeg, 150), encode(ImageFormat::jpeg, 100));
+  EXPECT_EQ(encode(ImageFormat::jpeg, -5), encode(ImageFormat::jpeg, 0));
+  EXPECT_EQ(encode(ImageFormat::jpeg, std::nan("")), encode(ImageFormat::jpeg, 0));
+  EXPECT_GT(encode(ImageFormat::jpeg, 100).size(), encode(ImageFormat::jpeg, 90).size());
+}
+
+TEST(NativeImageIOEncoder, neverGivesAVIFTheMaximumSetting) {
+  const Image image = test::noisyImage(48, 48);
+  const auto encode = [&](double quality) {
+    return NativeImageIOEncoder::encode(image, false, ImageFormat::avif, lossy(quality));
+  };
+  EXPECT_EQ(encode(100), encode(99));
+  EXPECT_EQ(encode(150), encode(99));
+}
+
+TEST(NativeImageIOEncoder, encodesLossyPlansOnly) {
+  for (const ImageFormat format : {ImageFormat::jpeg, ImageFormat::heic, ImageFormat::avif}) {
+    for (const EncodingPlan::Mode& mode : {EncodingPlan::Mode(EncodingPlan::Lossless{}),
+                                           EncodingPlan::Mode(EncodingPlan::NearLossless{60})}) {
+      try {
+        NativeImageIOEncoder::encode(test::gradientImage(8, 8), false, format, {.mode = mode});
+        FAIL() << format.displayName();
+      } catch (const ImageProcessingError& error) {
+        EXPECT_EQ(error.localizedDescription(),
+                  "Échec de l'encodage au format " + std::string(format.displayName()) + ".");
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orvane
