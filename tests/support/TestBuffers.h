@@ -1,0 +1,20 @@
+#pragma once
+
+#include "pipeline/RGBABuffer.h"
+#include "support/TestImages.h"
+
+namespace orvane::test {
+
+/// A buffer over the memory of an 8-bit rgba picture with packed rows, as it is.
+inline RGBABuffer bufferOf(const Image& image) {
+  return RGBABuffer(image.width, image.height, image.pixels, image.colorSpace);
+}
+
+/// A straight-alpha buffer drawn by `pixelAt(x, y)`.
+inline RGBABuffer drawBuffer(std::size_t width, std::size_t height, const ColorSpacePtr& space,
+                             const std::function<Pixel(std::size_t x, std::size_t y)>& pixelAt) {
+  return bufferOf(
+      drawImage(width, height, ChannelLayout::rgba, AlphaKind::straight, 8, space, pixelAt));
+}
+
+}  // namespace orvane::test
