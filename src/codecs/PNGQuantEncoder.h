@@ -9,7 +9,17 @@
 #include "pipeline/EncodingPlan.h"
 #include "pipeline/RGBABuffer.h"
 
-namespace orvane::PNGQuantEncoder {
+namespace orvane {
+
+struct LiqAttrDeleter {
+  void operator()(liq_attr* attr) const { liq_attr_destroy(attr); }
+};
+
+/// Owner of libimagequant's settings.
+using LiqAttr = std::unique_ptr<liq_attr, LiqAttrDeleter>;
+
+/// PNG files of a palette picture's pixels, and of a truecolour one.
+namespace PNGQuantEncoder {
 
 struct LiqAttrDeleter {
   void operator()(liq_attr* attr) const { liq_attr_destroy(attr); }
@@ -21,9 +31,9 @@ struct QuantizedImage {
   std::vector<PNGWriter::PaletteEntry> palette;
 };
 
-/// Reduces straight RGBA pixels to a palette with `attr` as the caller has set it up. One thread,
-/// whatever libimagequant was built with. `dithering` 0…1.
-/// Throws ImageProcessingError::encodingFailed.
+/// Reduces straight RGBA pixels, width × height × 4 bytes, to a palette with `attr` as the caller
+/// has set it up. One thread, whatever libimagequant was built with. `dithering` 0…1. Throws
+/// ImageProcessingError::encodingFailed.
 QuantizedImage quantize(liq_attr* attr, ByteView pixels, std::size_t width, std::size_t height,
                         float dithering);
 
@@ -31,4 +41,5 @@ QuantizedImage quantize(liq_attr* attr, ByteView pixels, std::size_t width, std:
 /// are chosen. Throws ZlibError.
 Bytes encodeLossless(const RGBABuffer& rgba, const EncodingPlan& plan);
 
-}  // namespace orvane::PNGQuantEncoder
+}  // namespace PNGQuantEncoder
+}  // namespace orvane
