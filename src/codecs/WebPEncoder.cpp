@@ -91,7 +91,7 @@ int webpMemoryWrite(const std::uint8_t* data, std::size_t size, const WebPPictur
 
 WebPConfig configuration(const EncodingPlan& plan, bool hasAlpha,
                          const ImageCharacteristics& characteristics) {
-  WebPConfig config;
+  WebPConfig config{};
   require(WebPConfigPreset(&config, presetFor(characteristics), 75));
   std::visit(ModeSetter{config, ordinal(plan.effort), hasAlpha}, plan.mode);
   config.exact = 0;
@@ -102,7 +102,7 @@ WebPConfig configuration(const EncodingPlan& plan, bool hasAlpha,
 Bytes encodePicture(const RGBABuffer& rgba, const WebPConfig& config) {
   // Before the import takes its memory.
   require(rgba.width <= WEBP_MAX_DIMENSION && rgba.height <= WEBP_MAX_DIMENSION);
-  WebPPicture picture;
+  WebPPicture picture{};
   require(WebPPictureInit(&picture));
   const PictureContent pictureContent(&picture);
   picture.use_argb = 1;
@@ -111,7 +111,7 @@ Bytes encodePicture(const RGBABuffer& rgba, const WebPConfig& config) {
   const auto import = rgba.hasAlpha ? WebPPictureImportRGBA : WebPPictureImportRGBX;
   require(import(&picture, rgba.pixels.data(), picture.width * 4));
 
-  WebPMemoryWriter writer;
+  WebPMemoryWriter writer{};
   WebPMemoryWriterInit(&writer);
   const MemoryWriterContent writerContent(&writer);
   picture.writer = webpMemoryWrite;

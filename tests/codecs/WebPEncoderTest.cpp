@@ -58,7 +58,7 @@ std::vector<std::pair<std::string, double>> settings(const WebPConfig& config) {
 }
 
 WebPConfig preset(WebPPreset name) {
-  WebPConfig config;
+  WebPConfig config{};
   EXPECT_TRUE(WebPConfigPreset(&config, name, 75));
   return config;
 }
