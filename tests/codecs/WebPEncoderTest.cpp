@@ -303,6 +303,13 @@ TEST(WebPEncoder, refusesSidesThatTheFormatCannotHold) {
   EXPECT_EQ(errorOf(strip(0, 5)), encodingFailed);
 }
 
+TEST(WebPEncoder, reportsWhatTheLibraryRefuses) {
+  WebPConfig config = preset(WEBP_PRESET_PHOTO);
+  config.quality = 1000;
+  EXPECT_THROW(WebPEncoder::encodePicture(test::bufferOf(test::gradientImage(8, 8)), config),
+               ImageProcessingError);
+}
+
 // Profiles
 
 TEST(WebPEncoder, embedsTheProfileOfASpaceThatReadersDoNotAssume) {
