@@ -32,7 +32,10 @@ TEST(PalettePNG, setsTheTargetFromTheRoundedQualityAndTheSpeedFromTheEffort) {
   };
   for (const Row& row : {Row{0.4, Effort::fast, 0, 8}, Row{99.6, Effort::balanced, 100, 4},
                          Row{62.5, Effort::thorough, 63, 3}, Row{75, Effort::fast, 75, 8}}) {
-    const EncodingPlan plan{.effort = row.effort, .quality = row.quality, .ditheringLevel = 0.7F};
+    const EncodingPlan plan{.mode = EncodingPlan::Lossy{row.quality},
+                            .effort = row.effort,
+                            .quality = row.quality,
+                            .ditheringLevel = 0.7F};
     EXPECT_EQ(PalettePNG::encode(buffer, plan), expectedFile(buffer, row.target, row.speed, 0.7F))
         << row.quality;
   }
@@ -41,13 +44,13 @@ TEST(PalettePNG, setsTheTargetFromTheRoundedQualityAndTheSpeedFromTheEffort) {
 TEST(PalettePNG, carriesTheProfileOfTheBuffersSpace) {
   const ColorSpacePtr p3 = ColorSpace::fromICC(test::displayP3Profile(), ColorSpace::Model::rgb);
   const RGBABuffer buffer(test::patchImage(30, 20, p3));
-  const EncodingPlan plan{.quality = 80, .ditheringLevel = 1};
+  const EncodingPlan plan{.mode = EncodingPlan::Lossy{80}, .quality = 80, .ditheringLevel = 1};
   EXPECT_EQ(PalettePNG::encode(buffer, plan), expectedFile(buffer, 80, 4, 1));
 }
 
 TEST(PalettePNG, isLosslessWhereThePaletteCannotBeHad) {
   const RGBABuffer empty(0, 0, makePixelMemory(0), ColorSpace::sRGB());  // no picture to quantise
-  const EncodingPlan plan{.quality = 80};
+  const EncodingPlan plan{.mode = EncodingPlan::Lossy{80}, .quality = 80};
   EXPECT_EQ(PalettePNG::encode(empty, plan), PNGQuantEncoder::encodeLossless(empty, plan));
 }
 
