@@ -11,8 +11,9 @@
 
 namespace orvane {
 
-/// A pool of worker threads that grows to the number of tasks in flight. Where the system will not
-/// give another thread, tasks wait for the ones there are.
+/// Worker threads that take tasks from one queue. Owned and used by one thread. Where the system
+/// will not give another thread, tasks wait for the ones there are; where it gives none at all, the
+/// owner runs them itself.
 class WorkerPool {
  public:
   WorkerPool() = default;
@@ -22,35 +23,37 @@ class WorkerPool {
   /// Waits for every task.
   ~WorkerPool();
 
-  /// Runs `work` on a worker. `work` does not throw. Throws std::system_error when not even one
-  /// thread can be had.
-  void run(std::function<void()> work);
+  /// Queues `work`, which does not throw, and starts a worker when there are fewer than
+  /// `wantedWorkers`.
+  void run(std::function<void()> work, std::size_t wantedWorkers);
 
  private:
+  void startWorker();
   void workUntilClosed();
 
-  std::mutex mutex_;
+  std::vector<std::thread> workers_;  ///< the owner's thread only
+  std::mutex mutex_;                  ///< guards what follows
   std::condition_variable changed_;
   std::deque<std::function<void()>> waiting_;
-  std::size_t idle_ = 0;
   bool closed_ = false;
-  std::vector<std::thread> threads_;
 };
 
-/// Child tasks that each give one `Result`, taken in the order in which they finish. Owned and used
-/// by one thread; destruction waits for all children.
+/// Child tasks that each give one `Result`, taken in the order in which they finish, on as many
+/// threads as there are children. Owned and used by one thread; destruction waits for all children.
 template <typename Result>
 class TaskGroup {
  public:
   /// Starts a child; `work` does not throw.
   void add(std::function<Result()> work) {
+    pool_.run(
+        [this, work = std::move(work)] {
+          Result result = work();
+          const std::lock_guard lock(mutex_);
+          finished_.push_back(std::move(result));
+          arrived_.notify_one();
+        },
+        pending_ + 1);
     ++pending_;
-    pool_.run([this, work = std::move(work)] {
-      Result result = work();
-      const std::lock_guard lock(mutex_);
-      finished_.push_back(std::move(result));
-      arrived_.notify_one();
-    });
   }
 
   /// The next child to finish, or nothing when none is left.

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+
+#include "platform/foundation/Bytes.h"
+#include "platform/foundation/TemporaryFile.h"
+
+namespace orvane {
+
+/// A file that appears whole under its name, or not at all: it is written beside its destination
+/// under another name. Without `commit()`, or where that throws, it is gone in the end and the
+/// destination is as it was. One thread's at a time. Every function throws FileError.
+class AtomicFile {
+ public:
+  /// The new file will have the permissions of the regular file at `path`, else 0666 less the
+  /// umask.
+  explicit AtomicFile(const std::string& path);
+
+  /// Appends.
+  void write(ByteView bytes);
+
+  /// Puts the file, once it is safe on its medium, in the place of what `path` names: a file, or a
+  /// symbolic link itself; never a folder. To be called once, last.
+  void commit();
+
+ private:
+  AtomicFile(const std::string& path, std::optional<mode_t> formerPermissions);
+
+  std::string path_;
+  TemporaryFile file_;
+};
+
+}  // namespace orvane

@@ -1,0 +1,147 @@
+#include "platform/foundation/TemporaryFile.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <utility>
+
+#include "platform/foundation/FileError.h"
+#include "platform/foundation/UUID.h"
+
+namespace orvane {
+namespace {
+
+constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
+
+sigset_t endingSignalSet() {
+  sigset_t set;
+  sigemptyset(&set);
+  for (const int signal : endingSignals) sigaddset(&set, signal);
+  return set;
+}
+
+constinit std::atomic_flag listIsLocked;
+
+/// Not made from the name of the destination: that may already be as long as names can be.
+std::string hiddenNameBeside(const std::string& path) {
+  return path.substr(0, path.rfind('/') + 1) + ".orvane-" + UUID::random().string();
+}
+
+}  // namespace
+
+constinit TemporaryFile* TemporaryFile::first_ = nullptr;
+
+/// Held with the ending signals blocked on its thread: a handler never interrupts a holder, and so
+/// can wait for one on another thread without a deadlock.
+class TemporaryFile::ListLock {
+ public:
+  ListLock() {
+    const sigset_t set = endingSignalSet();
+    pthread_sigmask(SIG_BLOCK, &set, &formerMask_);
+    while (listIsLocked.test_and_set(std::memory_order_acquire)) {
+      listIsLocked.wait(true, std::memory_order_relaxed);
+    }
+  }
+
+  ~ListLock() {
+    listIsLocked.clear(std::memory_order_release);
+    listIsLocked.notify_one();
+    pthread_sigmask(SIG_SETMASK, &formerMask_, nullptr);
+  }
+
+  ListLock(const ListLock&) = delete;
+  ListLock& operator=(const ListLock&) = delete;
+
+ private:
+  sigset_t formerMask_;
+};
+
+TemporaryFile::TemporaryFile(const std::string& path, mode_t mode) : path_(hiddenNameBeside(path)) {
+  installHandlers();
+  int error = 0;
+  {
+    // Created and enlisted in one step for the handlers: none misses a file that exists.
+    const ListLock lock;
+    descriptor_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    error = errno;
+    if (descriptor_ >= 0) enlist();
+  }
+  if (descriptor_ < 0) throw FileError(error);
+}
+
+TemporaryFile::~TemporaryFile() {
+  if (descriptor_ >= 0) close(descriptor_);
+  if (isMoved_) return;
+  const ListLock lock;
+  unlink(path_.c_str());
+  delist();
+}
+
+void TemporaryFile::moveTo(const std::string& path) {
+  if (close(std::exchange(descriptor_, -1)) != 0) throw FileError(errno);
+  int error = 0;
+  {
+    // No file finds its name taken away by a handler, and none gets its new one after that.
+    const ListLock lock;
+    isMoved_ = rename(path_.c_str(), path.c_str()) == 0;
+    error = errno;
+    if (isMoved_) delist();
+  }
+  if (!isMoved_) throw FileError(error);
+}
+
+void TemporaryFile::enlist() {
+  next_ = first_;
+  if (next_ != nullptr) next_->previous_ = this;
+  first_ = this;
+}
+
+void TemporaryFile::delist() {
+  if (next_ != nullptr) next_->previous_ = previous_;
+  (previous_ != nullptr ? previous_->next_ : first_) = next_;
+}
+
+void TemporaryFile::installHandlers() {
+  [[maybe_unused]] static const bool once = [] {
+    for (const int signal : endingSignals) {
+      struct sigaction action = {};
+      sigaction(signal, nullptr, &action);
+      if (action.sa_handler != SIG_DFL) continue;
+      action.sa_handler = removeAllAndEnd;
+      action.sa_mask = endingSignalSet();
+      sigaction(signal, &action, nullptr);
+    }
+    return true;
+  }();
+}
+
+/// Calls async-signal-safe functions only (POSIX.1-2017, section 2.4.3).
+void TemporaryFile::removeAllAndEnd(int signal) {
+  // Taken for good, so that no file comes or moves any more. Waits no longer than two seconds, for
+  // a holder may hang in a file system that does not answer.
+  for (int waits = 0; listIsLocked.test_and_set(std::memory_order_acquire) && waits < 2000;
+       ++waits) {
+    poll(nullptr, 0, 1);
+  }
+  for (const TemporaryFile* file = first_; file != nullptr; file = file->next_) {
+    unlink(file->path_.c_str());
+  }
+  struct sigaction action = {};
+  action.sa_handler = SIG_DFL;
+  sigaction(signal, &action, nullptr);
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, signal);
+  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+  raise(signal);
+  // The first process of a container survives the default action.
+  _exit(128 + signal);
+}
+
+}  // namespace orvane
