@@ -1,0 +1,174 @@
+#include "pipeline/ImageCompressor.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+
+#include "codecs/PNGQuantEncoder.h"
+#include "pipeline/ImageDecoder.h"
+#include "pipeline/ImageProcessingError.h"
+#include "pipeline/NativeImageIOEncoder.h"
+#include "support/TemporaryFolder.h"
+#include "support/TestImages.h"
+
+namespace orvane {
+namespace {
+
+using test::readFile;
+using test::TemporaryFolder;
+using test::writeFile;
+
+const EncodingPlan plainPlan{.mode = EncodingPlan::Lossy{90}};
+
+Bytes pngFile(const Image& image) {
+  return PNGQuantEncoder::encodeLossless(RGBABuffer(image), plainPlan);
+}
+
+Bytes jpegFile(const Image& image) {
+  return NativeImageIOEncoder::encode(image, false, ImageFormat::jpeg, plainPlan);
+}
+
+struct ImageCompressorTest : testing::Test {
+  TemporaryFolder sources;
+  TemporaryFolder outputs;
+
+  ImageCompressionResult compress(const std::string& path, ImageFormat format, double quality,
+                                  const std::optional<std::string>& name = std::nullopt) {
+    return ImageCompressor::compress(path, FileURL::fromPath(outputs.path().string()), format,
+                                     quality, name);
+  }
+};
+
+TEST_F(ImageCompressorTest, fillsTheResultOfAFileThatWentWell) {
+  const std::string path = sources / "drawing.final.png";
+  writeFile(path, pngFile(test::noisyImage(80, 60)));
+  const ImageCompressionResult result = compress(path, ImageFormat::jpeg, 75);
+  EXPECT_EQ(result.path, path);
+  EXPECT_EQ(result.error, std::nullopt);
+  EXPECT_EQ(result.destination, outputs / "drawing.final.jpg");
+  EXPECT_EQ(result.originalSizeBytes, static_cast<std::int64_t>(readFile(path).size()));
+  EXPECT_EQ(result.compressedSizeBytes,
+            static_cast<std::int64_t>(readFile(*result.destination).size()));
+  EXPECT_DOUBLE_EQ(*result.ratio, 1 - static_cast<double>(*result.compressedSizeBytes) /
+                                          static_cast<double>(result.originalSizeBytes));
+  EXPECT_EQ(outputs.names(), std::vector<std::string>{"drawing.final.jpg"});
+}
+
+TEST_F(ImageCompressorTest, namesTheOutputAfterTheFormatOfEachKind) {
+  const std::string path = sources / "a.png";
+  writeFile(path, pngFile(test::gradientImage(16, 16)));
+  for (const ImageFormat format : ImageFormat::allCases) compress(path, format, 75);
+  for (const std::string& name : outputs.names()) EXPECT_EQ(name.substr(0, 2), "a.");
+  EXPECT_EQ(outputs.names(),
+            (std::vector<std::string>{"a.avif", "a.heic", "a.jpg", "a.jxl", "a.png", "a.webp"}));
+}
+
+TEST_F(ImageCompressorTest, usesAGivenNameAsItIs) {
+  const std::string path = sources / "a.png";
+  writeFile(path, pngFile(test::gradientImage(16, 16)));
+  const auto result = compress(path, ImageFormat::webp, 75, "picture.jpeg");
+  EXPECT_EQ(result.destination, outputs / "picture.jpeg");
+  EXPECT_EQ(ImageDecoder::decodeImageSource(readFile(outputs / "picture.jpeg")).format,
+            ImageFormat::webp);
+}
+
+TEST_F(ImageCompressorTest, replacesAnOutputOfThatName) {
+  const std::string path = sources / "a.png";
+  writeFile(path, pngFile(test::gradientImage(16, 16)));
+  writeFile(outputs / "a.jpg", "something older and longer than it will be");
+  compress(path, ImageFormat::jpeg, 75);
+  EXPECT_EQ(ImageDecoder::decodeImageSource(readFile(outputs / "a.jpg")).image.width, 16u);
+}
+
+TEST_F(ImageCompressorTest, reportsAMissingSourceInTheSystemsWords) {
+  const auto result = compress(sources / "none.png", ImageFormat::png, 75);
+  EXPECT_EQ(result.originalSizeBytes, 0);
+  EXPECT_EQ(result.error, std::strerror(ENOENT));
+  EXPECT_EQ(result.compressedSizeBytes, std::nullopt);
+  EXPECT_EQ(result.ratio, std::nullopt);
+  EXPECT_EQ(result.destination, std::nullopt);
+  EXPECT_TRUE(outputs.names().empty());
+}
+
+TEST_F(ImageCompressorTest, reportsAFileThatIsNoPicture) {
+  const std::string path = sources / "text.png";
+  writeFile(path, "GIF89a is how another format begins");
+  const auto result = compress(path, ImageFormat::png, 75);
+  EXPECT_EQ(result.originalSizeBytes, 35);
+  EXPECT_EQ(result.error, ImageProcessingError::decodingFailed().localizedDescription());
+  EXPECT_TRUE(outputs.names().empty());
+}
+
+TEST_F(ImageCompressorTest, reportsAnOutputThatCannotBeWritten) {
+  const std::string path = sources / "a.png";
+  writeFile(path, pngFile(test::gradientImage(16, 16)));
+  const auto result = ImageCompressor::compress(path, FileURL::fromPath(sources / "a.png"),
+                                                ImageFormat::jpeg, 75, "a.jpg");
+  EXPECT_EQ(result.error, std::strerror(ENOTDIR));
+  EXPECT_EQ(result.originalSizeBytes, static_cast<std::int64_t>(readFile(path).size()));
+  EXPECT_EQ(sources.names(), std::vector<std::string>{"a.png"});
+}
+
+TEST_F(ImageCompressorTest, writesAnOutputThatGrewAndSaysSo) {
+  const std::string path = sources / "a.jpg";
+  writeFile(path, jpegFile(test::noisyImage(64, 64)));
+  const auto result = compress(path, ImageFormat::png, 100);
+  ASSERT_EQ(result.error, std::nullopt);
+  EXPECT_LT(*result.ratio, 0);
+  EXPECT_EQ(outputs.names(), std::vector<std::string>{"a.png"});
+}
+
+/// ISO/IEC 18181-2: the box of JPEG reconstruction data.
+bool rebuildsAJPEG(const Bytes& jxl) {
+  constexpr std::string_view box = "jbrd";
+  return std::search(jxl.begin(), jxl.end(), box.begin(), box.end()) != jxl.end();
+}
+
+TEST_F(ImageCompressorTest, repacksAJPEGAsJPEGXLFromQuality90On) {
+  const std::string path = sources / "a.jpg";
+  writeFile(path, jpegFile(test::noisyImage(64, 64)));
+  const auto repacked = [&](double quality) {
+    compress(path, ImageFormat::jxl, quality);
+    return rebuildsAJPEG(readFile(outputs / "a.jxl"));
+  };
+  EXPECT_TRUE(repacked(90));
+  EXPECT_TRUE(repacked(100));
+  EXPECT_FALSE(repacked(89.99));
+  EXPECT_FALSE(repacked(std::nan("")));
+}
+
+TEST_F(ImageCompressorTest, encodesThePixelsOfOtherSourcesAsJPEGXL) {
+  const std::string path = sources / "a.png";
+  writeFile(path, pngFile(test::noisyImage(64, 64)));
+  compress(path, ImageFormat::jxl, 95);
+  EXPECT_FALSE(rebuildsAJPEG(readFile(outputs / "a.jxl")));
+}
+
+TEST_F(ImageCompressorTest, keepsTheSmallerOfPaletteAndTruecolour) {
+  // Two colours: the palette is smaller than truecolour at any quality.
+  const std::string path = sources / "a.png";
+  writeFile(path, pngFile(test::drawImage(64, 64, ChannelLayout::rgba, AlphaKind::none, 8,
+                                          ColorSpace::sRGB(), [](std::size_t x, std::size_t y) {
+                                            return (x * x + y * 7) % 5 < 2
+                                                       ? test::Pixel{250, 10, 20, 255}
+                                                       : test::Pixel{10, 90, 200, 255};
+                                          })));
+  const auto colorType = [&](double quality) {
+    compress(path, ImageFormat::png, quality);
+    return int{readFile(outputs / "a.png").at(25)};
+  };
+  EXPECT_EQ(colorType(75), 3);
+  EXPECT_EQ(colorType(100), 3);
+}
+
+TEST_F(ImageCompressorTest, isEmptyHandedAboutTheSizeOfNothing) {
+  EXPECT_EQ(ImageCompressor::fileSize(sources / "none"), 0);
+  writeFile(sources / "three", "abc");
+  EXPECT_EQ(ImageCompressor::fileSize(sources / "three"), 3);
+}
+
+}  // namespace
+}  // namespace orvane
