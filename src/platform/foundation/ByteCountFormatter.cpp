@@ -16,7 +16,7 @@ struct Unit {
   std::uint64_t step;   ///< bytes in one of the last digit shown
   std::uint64_t limit;  ///< as many steps are one of the next unit
   const char* exponent;
-  const char* identifier;  ///< Unicode TR 35, part 6, "Unit Elements"
+  const char* identifier;  ///< Unicode TR 35, part 2, "Unit Identifiers"
   std::string_view french;
   std::string_view english;
 };

@@ -1,7 +1,6 @@
 #include "platform/foundation/FileURL.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <filesystem>
 #include <system_error>

@@ -217,7 +217,7 @@ class FileSizeLimit {
 
  private:
   rlimit former_ = {};
-  sighandler_t formerAction_;
+  void (*formerAction_)(int);
 };
 
 TEST(AtomicFile, leavesNothingWhenItFailsHalfway) {
