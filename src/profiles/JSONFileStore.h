@@ -1,0 +1,38 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "platform/foundation/FileURL.h"
+#include "platform/foundation/LocalizedError.h"
+#include "profiles/ExportProfile.h"
+
+namespace orvane {
+
+/// The user has neither a home nor another place for what applications keep.
+class NoApplicationSupportFolderError : public LocalizedError {
+ public:
+  NoApplicationSupportFolderError();
+};
+
+/// JSON files in the user's application-support folder. Several programs share them without a lock:
+/// each save puts a whole file in the place of the old one, and the last writer wins.
+namespace JSONFileStore {
+
+inline constexpr std::string_view profilesFilename = "exportProfiles.json";
+
+/// The folder of these files, found once per process; it need not exist yet.
+/// Throws NoApplicationSupportFolderError.
+const FileURL& folder();
+
+/// Writes the list, creating the folder. What fails goes unnoticed, by design.
+/// Throws NoApplicationSupportFolderError only.
+void save(std::span<const ExportProfile> list, std::string_view filename);
+
+/// The list in `profilesFilename`; empty when the file is missing, unreadable or malformed.
+/// Throws NoApplicationSupportFolderError only.
+std::vector<ExportProfile> loadProfiles();
+
+}  // namespace JSONFileStore
+}  // namespace orvane
