@@ -1,1 +1,56 @@
-int main() { return 0; }
+#include <algorithm>
+#include <clocale>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "cli/BatchRunner.h"
+#include "cli/Console.h"
+#include "cli/Options.h"
+#include "cli/Reports.h"
+#include "cli/Usage.h"
+#include "platform/foundation/Files.h"
+#include "profiles/ProfileCommand.h"
+
+namespace orvane {
+namespace {
+
+enum ExitStatus { success = 0, failure = 1, usageError = 64 };  // 64: EX_USAGE of sysexits.h
+
+ExitStatus runProfileCreation(const std::vector<std::string>& arguments) try {
+  Console::print(runProfileCommand(arguments));
+  return success;
+} catch (const ProfileCommandError& error) {
+  Console::printError(error.localizedDescription() + "\n");
+  return usageError;
+}
+
+ExitStatus runCompression(const std::vector<std::string>& arguments) try {
+  const Options options = parseArguments(arguments);
+  // Where it cannot be had, each file fails on its own when its output is written.
+  Files::createFolders(options.outputDirectory.path());
+  const auto results = compressAll(options.inputPaths, options.outputDirectory, options.format,
+                                   options.quality, options.jobs);
+  options.jsonOutput ? printJSON(results) : printHumanReadable(results);
+  return std::ranges::any_of(results, [](const auto& result) { return result.error.has_value(); })
+             ? failure
+             : success;
+} catch (const CLIError& error) {
+  Console::printError("Erreur : " + error.localizedDescription() + "\n\n");
+  printUsage();
+  return usageError;
+}
+
+}  // namespace
+}  // namespace orvane
+
+int main(int argc, char** argv) try {
+  std::setlocale(LC_ALL, "");
+  orvane::Console::openClosedStreams();
+  const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+  const bool createsProfile = !arguments.empty() && arguments.front() == "--create-profile";
+  return createsProfile ? orvane::runProfileCreation(arguments) : orvane::runCompression(arguments);
+} catch (const std::exception& error) {
+  orvane::Console::printError(std::string("Erreur : ") + error.what() + "\n");
+  return orvane::failure;
+}

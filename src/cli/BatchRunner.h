@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "pipeline/ImageCompressionResult.h"
+#include "pipeline/ImageCompressor.h"
+#include "pipeline/ImageFormat.h"
+#include "platform/foundation/FileURL.h"
+
+namespace orvane {
+
+/// What compresses one file: `ImageCompressor::compress`, or a test's stand-in. Called from several
+/// threads at once; does not throw.
+using CompressFile = std::function<ImageCompressionResult(
+    const std::string& path, const FileURL& to, ImageFormat format, double quality,
+    const std::optional<std::string>& destinationFilename)>;
+
+/// Compresses all files into the folder `to`, at most `jobs` (at least 1) at a time, each whole on
+/// one thread. Files are named before any is started, and started in input order. One result per
+/// path, in input order; a file that fails says so in its result.
+std::vector<ImageCompressionResult> compressAll(
+    std::span<const std::string> paths, const FileURL& to, ImageFormat format, double quality,
+    std::int64_t jobs, const CompressFile& compress = ImageCompressor::compress);
+
+}  // namespace orvane

@@ -1,0 +1,47 @@
+#include "cli/Console.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+#include "platform/foundation/Text.h"
+
+namespace orvane::Console {
+namespace {
+
+/// Waits until `descriptor`, which its other users have made non-blocking, takes more.
+void waitForRoom(int descriptor) {
+  pollfd waiting{.fd = descriptor, .events = POLLOUT, .revents = 0};
+  poll(&waiting, 1, -1);
+}
+
+void write(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+    if (written >= 0) {
+      bytes.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno == EAGAIN) {
+      waitForRoom(descriptor);
+    } else if (errno != EINTR) {
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+void openClosedStreams() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    // What is opened takes the lowest free number: this one, as those below are in use by now.
+    if (fcntl(descriptor, F_GETFD) == -1) static_cast<void>(open("/dev/null", O_RDWR));
+  }
+}
+
+void print(std::string_view text) { write(STDOUT_FILENO, Text::wellFormed(text) + "\n"); }
+
+void printError(std::string_view text) { write(STDERR_FILENO, Text::wellFormed(text)); }
+
+}  // namespace orvane::Console

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "pipeline/ImageFormat.h"
+#include "platform/foundation/FileURL.h"
+#include "platform/foundation/LocalizedError.h"
+
+namespace orvane {
+
+/// What the compression command was asked to do.
+struct Options {
+  std::vector<std::string> inputPaths;  ///< as typed, at least one
+  double quality;                       ///< perceptual, 1…100
+  ImageFormat format;
+  FileURL outputDirectory;
+  bool jsonOutput;
+  std::int64_t jobs;  ///< files in work at once, at least 1
+};
+
+/// The command line was not used as it is meant to be.
+class CLIError : public LocalizedError {
+ public:
+  explicit CLIError(std::string description) : LocalizedError(std::move(description)) {}
+};
+
+/// Reads the command line, without the program's name; settings that it leaves out come from the
+/// stored profiles, then from the defaults. Touches no input and no output folder. Throws CLIError
+/// at the first problem. For "--help" and "-h" prints the help and ends the process with status 0.
+Options parseArguments(std::span<const std::string> arguments);
+
+}  // namespace orvane

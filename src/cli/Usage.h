@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace orvane {
+
+/// The help text, without a newline at its end.
+std::string usageText(std::int64_t processorCount);
+
+/// Prints it for this machine on standard output.
+void printUsage();
+
+}  // namespace orvane
