@@ -1,0 +1,45 @@
+#pragma once
+
+#include <avif/avif.h>
+
+#include <memory>
+
+#include "platform/foundation/Bytes.h"
+
+/// libavif's handles, and the one place that knows what differs between its versions (0.11 to 1.x)
+/// and those of libaom behind it.
+namespace orvane::AVIFLibrary {
+
+struct Deleter {
+  void operator()(avifDecoder* decoder) const { avifDecoderDestroy(decoder); }
+  void operator()(avifEncoder* encoder) const { avifEncoderDestroy(encoder); }
+  void operator()(avifImage* image) const { avifImageDestroy(image); }
+};
+using Decoder = std::unique_ptr<avifDecoder, Deleter>;
+using Encoder = std::unique_ptr<avifEncoder, Deleter>;
+using Picture = std::unique_ptr<avifImage, Deleter>;
+
+/// All three throw std::bad_alloc.
+Decoder makeDecoder();
+Encoder makeEncoder();
+Picture makePicture(std::uint32_t width, std::uint32_t height, std::uint32_t depth,
+                    avifPixelFormat format);
+
+/// ISO/IEC 23008-12, 6.5.12: 0 exchanges top and bottom, 1 left and right.
+int mirrorAxis(const avifImage& picture);
+
+/// Throws std::bad_alloc.
+void setICCProfile(avifImage& picture, ByteView profile);
+
+/// AV1 quantizer indices as encoders are asked for them: 0 (lossless) … 63.
+struct Quantizers {
+  int color = 0;
+  int alpha = 0;
+};
+void setQuantizers(avifEncoder& encoder, Quantizers quantizers);
+
+/// An option of the encoder behind libavif, by the name that it has there. A wrong one shows when
+/// the first picture is added: AVIF_RESULT_INVALID_CODEC_SPECIFIC_OPTION. Throws std::bad_alloc.
+void setCodecOption(avifEncoder& encoder, const char* name, const char* value);
+
+}  // namespace orvane::AVIFLibrary
