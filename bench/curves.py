@@ -1,0 +1,60 @@
+"""Rate–distortion curves: lists of (bits per pixel, mean score)."""
+
+import math
+from xml.sax.saxutils import escape
+
+# The scores at which sizes are compared: what people ask for, from 0.60 to 0.90.
+TARGETS = (64, 70, 73, 76.5, 80.4, 84.7)
+
+WIDTH, HEIGHT, MARGIN = 720, 480, 56
+COLORS = ("#c0392b", "#2c3e50", "#2980b9", "#7f8c8d")
+
+
+def bits_at(curve, score):
+    """Bits per pixel at a score, between two measured points; None outside of them."""
+    points = sorted(curve, key=lambda point: point[1])
+    for (low_bits, low), (high_bits, high) in zip(points, points[1:]):
+        if low <= score <= high and low < high:
+            part = (score - low) / (high - low)
+            return math.exp(math.log(low_bits) * (1 - part) + math.log(high_bits) * part)
+    return None
+
+
+def size_ratio(curve, other):
+    """Mean over the targets that both reach of size against size."""
+    pairs = [(bits_at(curve, target), bits_at(other, target)) for target in TARGETS]
+    ratios = [ours / theirs for ours, theirs in pairs if ours and theirs]
+    return sum(ratios) / len(ratios) if ratios else math.nan
+
+
+def draw(path, title, curves):
+    """An SVG of all curves, bits per pixel on a logarithmic axis."""
+    points = [point for curve in curves.values() for point in curve]
+    left, right = (math.log(limit(bits for bits, _ in points)) for limit in (min, max))
+    bottom, top = min(score for _, score in points), max(score for _, score in points)
+
+    def place(bits, score):
+        x = MARGIN + (math.log(bits) - left) / (right - left) * (WIDTH - 2 * MARGIN)
+        y = HEIGHT - MARGIN - (score - bottom) / (top - bottom) * (HEIGHT - 2 * MARGIN)
+        return f"{x:.1f},{y:.1f}"
+
+    parts = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {WIDTH} {HEIGHT}"'
+             ' font-family="sans-serif" font-size="13">',
+             f'<rect width="{WIDTH}" height="{HEIGHT}" fill="#fff"/>',
+             f'<text x="{MARGIN}" y="24" font-size="16">{escape(title)}: SSIMULACRA 2 over bits per'
+             ' pixel</text>']
+    for score in range(math.ceil(bottom / 10) * 10, math.floor(top) + 1, 10):
+        x, y = place(math.exp(left), score).split(",")
+        parts.append(f'<line x1="{x}" x2="{WIDTH - MARGIN}" y1="{y}" y2="{y}" stroke="#ddd"/>'
+                     f'<text x="{MARGIN - 8}" y="{y}" text-anchor="end">{score}</text>')
+    for bits in (0.1, 0.2, 0.3, 0.5, 0.7, 1, 1.5, 2, 3, 4, 6):
+        if left <= math.log(bits) <= right:
+            x, y = place(bits, bottom).split(",")
+            parts.append(f'<line x1="{x}" x2="{x}" y1="{MARGIN}" y2="{y}" stroke="#eee"/>'
+                         f'<text x="{x}" y="{HEIGHT - MARGIN + 20}" text-anchor="middle">{bits}</text>')
+    for color, (index, (name, curve)) in zip(COLORS, enumerate(curves.items())):
+        line = " ".join(place(*point) for point in sorted(curve))
+        parts.append(f'<polyline points="{line}" fill="none" stroke="{color}" stroke-width="2"/>'
+                     f'<text x="{WIDTH - MARGIN - 240}" y="{HEIGHT - MARGIN - 20 * (index + 1)}"'
+                     f' fill="{color}">{escape(name)}</text>')
+    path.write_text("\n".join([*parts, "</svg>"]) + "\n", encoding="utf-8")

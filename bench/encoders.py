@@ -1,0 +1,152 @@
+"""Encoders and decoders as commands: this tool's and its peers'."""
+
+import os
+import shutil
+import subprocess
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+TOOL = ROOT / "build" / "release" / "orvane-cli"
+
+
+def run(command):
+    """Runs a command and gives the processor seconds that it took, its children's included."""
+    process = subprocess.Popen([str(word) for word in command], stdout=subprocess.DEVNULL,
+                               stderr=subprocess.PIPE, text=True)
+    complaints = process.stderr.read()
+    _, status, usage = os.wait4(process.pid, 0)
+    process.returncode = os.waitstatus_to_exitcode(status)
+    if process.returncode != 0:
+        raise RuntimeError(f"{' '.join(map(str, command))}\n{complaints}")
+    return usage.ru_utime + usage.ru_stime
+
+
+def first_of(*names):
+    """The first of these commands that is installed, or the first name."""
+    return next((name for name in names if shutil.which(name)), names[0])
+
+
+def decode(encoded, decoded):
+    """Writes what an encoded file shows, as PNG or PNM. `decoded` has no suffix; gives the path."""
+    png, pnm = decoded.with_suffix(".png"), decoded.with_suffix(".ppm")
+    match encoded.suffix:
+        case ".jpg":
+            run(["djpeg", "-pnm", "-outfile", pnm, encoded])
+            return pnm
+        case ".webp":
+            run(["dwebp", encoded, "-o", png])
+        case ".jxl":
+            run(["djxl", encoded, png])
+        case ".avif":
+            run(["avifdec", encoded, png])
+        case ".heic":
+            run([first_of("heif-dec", "heif-convert"), encoded, png])
+        case ".png":
+            return encoded
+    return png
+
+
+class Ours:
+    """This tool at its own quality, one file at a time."""
+
+    def __init__(self, image_format, suffix):
+        self.name = f"orvane-cli {image_format}"
+        self.format, self.suffix = image_format, suffix
+
+    def encode(self, source, quality, output):
+        folder = output.with_suffix("")
+        seconds = run([TOOL, source.png, "--output", folder, "--format", self.format,
+                       "--quality", quality, "--jobs", 1])
+        written, = folder.iterdir()
+        written.replace(output)
+        folder.rmdir()
+        return seconds
+
+
+class Peer:
+    """Another encoder; `arguments(source, quality, output)` is its command."""
+
+    def __init__(self, name, suffix, qualities, arguments):
+        self.name, self.suffix, self.qualities = name, suffix, qualities
+        self.arguments = arguments
+
+    def encode(self, source, quality, output):
+        return run(self.arguments(source, quality, output))
+
+
+PEERS = {
+    "jpeg": [Peer("cjpeg -optimize -progressive", ".jpg", (40, 55, 65, 75, 82, 88, 92, 95),
+                  lambda source, quality, output: [
+                      "cjpeg", "-optimize", "-progressive", "-quality", quality,
+                      "-outfile", output, source.pnm])],
+    "avif": [Peer("avifenc --speed 6", ".avif", (44, 38, 33, 28, 24, 19, 14, 9),
+                  lambda source, quality, output: [
+                      "avifenc", "--speed", 6, "--jobs", 1, "--min", quality, "--max", quality,
+                      "--yuv", "420", source.png, output])],
+    "heic": [Peer("heif-enc", ".heic", (25, 35, 42, 50, 56, 63, 70, 78),
+                  lambda source, quality, output: [
+                      "heif-enc", "-q", quality, source.png, "-o", output])],
+    "webp": [Peer("cwebp", ".webp", (40, 55, 68, 78, 85, 90, 94, 97),
+                  lambda source, quality, output: [
+                      "cwebp", "-quiet", "-q", quality, source.png, "-o", output])],
+    "jxl": [Peer("cjxl", ".jxl", (6, 4.5, 3.3, 2.4, 1.8, 1.3, 0.9, 0.6),
+                 lambda source, quality, output: [
+                     "cjxl", "--num_threads=0", "-d", quality, source.png, output])],
+}
+
+SHARP = """
+const sharp = require('sharp');
+sharp.concurrency(1);
+const [source, format, quality, output] = process.argv.slice(1);
+const options = format === 'jpeg' ? { quality: +quality, mozjpeg: true } : { quality: +quality };
+sharp(source).toFormat(format, options).toFile(output);
+"""
+
+
+def sharp_is_installed():
+    return shutil.which("node") and subprocess.run(
+        ["node", "-e", "require('sharp')"], capture_output=True).returncode == 0
+
+
+def peers(image_format):
+    """The other encoders of a format that are there to compare with."""
+    found = list(PEERS[image_format])
+    if image_format in ("jpeg", "avif") and sharp_is_installed():
+        suffix = ".jpg" if image_format == "jpeg" else ".avif"
+        found.append(Peer(f"sharp {image_format}", suffix, (30, 45, 58, 68, 76, 83, 89, 94),
+                          lambda source, quality, output: [
+                              "node", "-e", SHARP, source.png, image_format, quality, output]))
+    return found
+
+
+class Source:
+    """One lossless picture, as the PNG that it is and as PNM for encoders that want that."""
+
+    def __init__(self, png, work):
+        self.png = Path(png).resolve()
+        self.name = self.png.stem
+        self.pnm = work / f"{self.name}.ppm"
+        with open(self.pnm, "wb") as pnm:
+            subprocess.run(["pngtopnm", self.png], stdout=pnm, stderr=subprocess.DEVNULL, check=True)
+        with open(self.pnm, "rb") as pnm:
+            width, height = pnm.read(64).split()[1:3]
+        self.pixels = int(width) * int(height)
+
+
+def score(source, decoded, scorer):
+    """SSIMULACRA 2 of a decoded picture against its source; 100 is identical."""
+    printed = subprocess.run([*scorer, source.png, decoded], capture_output=True, text=True)
+    if printed.returncode != 0:
+        raise RuntimeError(printed.stderr)
+    return float(printed.stdout.split()[0])
+
+
+def measure(encoder, source, quality, work, scorer):
+    """Encodes, decodes and scores once: bits per pixel, score, processor seconds."""
+    output = work / f"{source.name}-{os.getpid()}{encoder.suffix}"
+    seconds = encoder.encode(source, quality, output)
+    decoded = decode(output, work / f"{source.name}-{os.getpid()}-decoded")
+    result = (output.stat().st_size * 8 / source.pixels, score(source, decoded, scorer), seconds)
+    output.unlink()
+    decoded.unlink(missing_ok=True)
+    return result
