@@ -1,0 +1,25 @@
+#pragma once
+
+#include <array>
+
+namespace orvane {
+
+/// What one quality is to a JPEG encoder.
+struct JPEGSettings {
+  /// Quantisation steps of the 64 coefficients, 1…255, row by row.
+  using Steps = std::array<unsigned, 64>;
+
+  enum class Chroma {
+    full,    ///< 4:4:4
+    halved,  ///< 4:2:0
+  };
+
+  Steps lumaSteps;
+  Steps chromaSteps;
+  Chroma chroma;
+
+  /// `quality` is 0…1, `chromaEdgeShare` what the function of that name says of the picture.
+  static JPEGSettings forPicture(double quality, double chromaEdgeShare);
+};
+
+}  // namespace orvane
