@@ -29,6 +29,8 @@ J_COLOR_SPACE colorsOf(const Image& image) {
       return JCS_EXT_RGBX;
     case ChannelLayout::cmyk:
       return JCS_CMYK;
+    case ChannelLayout::grayAlpha:
+      return JCS_UNKNOWN;
     default:
       throw std::runtime_error("a layout that libjpeg does not take");
   }

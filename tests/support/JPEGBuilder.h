@@ -34,7 +34,8 @@ struct JPEGRecipe {
   std::vector<jpeg_scan_info> scans;  ///< progressive or not as they say
 };
 
-/// Codes a gray, rgba or cmyk picture of 8 bits. Throws std::runtime_error.
+/// Codes a gray, rgba or cmyk picture of 8 bits, or a grayAlpha one as JCS_UNKNOWN. Throws
+/// std::runtime_error.
 Bytes buildJPEG(const Image& image, const JPEGRecipe& recipe = {});
 
 /// A progressive script for one component: `count` scans, 1 to 630, each of them valid.

@@ -21,9 +21,7 @@ constexpr std::array<std::uint8_t, 6> identifier{'E', 'x', 'i', 'f', 0, 0};
 Bytes withIdentifier(ByteView block) {
   Bytes bytes;
   bytes.reserve(identifier.size() + block.size());
-  const bool isThere = block.size() >= identifier.size() &&
-                       std::ranges::equal(block.first(identifier.size()), identifier);
-  if (!isThere) bytes.assign(identifier.begin(), identifier.end());
+  if (!hasIdentifier(block)) bytes.assign(identifier.begin(), identifier.end());
   bytes.insert(bytes.end(), block.begin(), block.end());
   return bytes;
 }
@@ -39,6 +37,11 @@ ExifDataHandle load(ByteView block) {
 }
 
 }  // namespace
+
+bool hasIdentifier(ByteView bytes) {
+  return bytes.size() >= identifier.size() &&
+         std::ranges::equal(bytes.first(identifier.size()), identifier);
+}
 
 int orientation(ByteView block) {
   constexpr int upright = 1;

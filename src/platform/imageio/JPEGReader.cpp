@@ -17,7 +17,6 @@ constexpr std::uint64_t maximumScannedPixels = 16 * ImageLimits::maximumPixels;
 
 constexpr int exifMarker = JPEG_APP0 + 1;
 constexpr int profileMarker = JPEG_APP0 + 2;
-constexpr std::array<std::uint8_t, 6> exifIdentifier{'E', 'x', 'i', 'f', 0, 0};
 
 /// What the colours of the file are decoded to.
 struct Output {
@@ -114,8 +113,7 @@ void JPEGSource::readHeader() {
 int JPEGSource::orientationInHeader() const {
   for (const auto* segment = info_.marker_list; segment != nullptr; segment = segment->next) {
     const ByteView data(segment->data, segment->data_length);
-    const bool isExif = segment->marker == exifMarker && data.size() >= exifIdentifier.size() &&
-                        std::ranges::equal(data.first(exifIdentifier.size()), exifIdentifier);
+    const bool isExif = segment->marker == exifMarker && Exif::hasIdentifier(data);
     if (isExif) return Exif::orientation(data);
   }
   return 1;

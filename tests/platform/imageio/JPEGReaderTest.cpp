@@ -246,6 +246,9 @@ TEST(JPEGReader, goesWithoutAProfileWhoseSegmentsAreNoSequence) {
   segments.push_back(segments.front());
   expectNone("one twice");
   segments = whole;
+  segments[2] = segments[1];
+  expectNone("one in place of another");
+  segments = whole;
   segments[1].data[numberAt] = 0;
   expectNone("number 0");
   segments = whole;
@@ -422,6 +425,13 @@ TEST(JPEGReader, refusesWhatIsNotEightBitsOfKnownColors) {
     changed[frame + 1] = static_cast<std::uint8_t>(process);
     expectRefused(changed, "lossless or hierarchical");
   }
+  const Image two =
+      test::drawImage(8, 8, ChannelLayout::grayAlpha, AlphaKind::straight, 8,
+                      ColorSpace::standard(ColorSpace::Model::gray), [](std::size_t, std::size_t) {
+                        return Pixel{9, 9};
+                      });
+  EXPECT_EQ(refusal(test::buildJPEG(two, {.stored = JCS_UNKNOWN})),
+            "components of unknown meaning");
 }
 
 TEST(JPEGReader, neverGivesAPictureOfAnotherShape) {
