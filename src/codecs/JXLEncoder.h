@@ -7,6 +7,10 @@
 
 namespace orvane::JXLEncoder {
 
+/// libjxl's distance (0 is lossless, 1 is visually lossless, 25 is the worst) for a codec quality
+/// of 0…100. Quality is capped at 99: lossy coding never comes closer than 0.19.
+double distance(double quality);
+
 /// A bare JPEG XL codestream (ISO/IEC 18181-1) of the pixels; `hasAlpha` keeps the alpha channel.
 /// Throws ImageProcessingError::encodingFailed.
 Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan);
