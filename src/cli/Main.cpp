@@ -7,6 +7,7 @@
 #include "cli/BatchRunner.h"
 #include "cli/Console.h"
 #include "cli/Options.h"
+#include "cli/QuietStandardError.h"
 #include "cli/Reports.h"
 #include "cli/Usage.h"
 #include "platform/foundation/Files.h"
@@ -25,12 +26,17 @@ ExitStatus runProfileCreation(const std::vector<std::string>& arguments) try {
   return usageError;
 }
 
+std::vector<ImageCompressionResult> compressQuietly(const Options& options) {
+  const QuietStandardError quiet;
+  return compressAll(options.inputPaths, options.outputDirectory, options.format, options.quality,
+                     options.jobs);
+}
+
 ExitStatus runCompression(const std::vector<std::string>& arguments) try {
   const Options options = parseArguments(arguments);
   // Where it cannot be had, each file fails on its own when its output is written.
   Files::createFolders(options.outputDirectory.path());
-  const auto results = compressAll(options.inputPaths, options.outputDirectory, options.format,
-                                   options.quality, options.jobs);
+  const auto results = compressQuietly(options);
   options.jsonOutput ? printJSON(results) : printHumanReadable(results);
   return std::ranges::any_of(results, [](const auto& result) { return result.error.has_value(); })
              ? failure
