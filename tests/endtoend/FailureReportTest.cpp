@@ -1,0 +1,134 @@
+// Reports of files that cannot be compressed. None of these runs needs a picture.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "pipeline/ImageProcessingError.h"
+#include "support/RunTool.h"
+
+namespace orvane {
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
+
+const std::string undecodable = ImageProcessingError::decodingFailed().localizedDescription();
+
+struct FailureReportEndToEnd : testing::Test {
+  test::Tool tool;
+  const std::string missing = std::strerror(ENOENT);
+  const std::string isAFolder = std::strerror(EISDIR);
+
+  FailureReportEndToEnd() { tool.environment["LC_ALL"] = "C"; }
+
+  void expectReport(const std::vector<std::string>& arguments, const std::string& report) {
+    const test::ToolRun run = tool.run(arguments);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.output, report);
+  }
+};
+
+TEST_F(FailureReportEndToEnd, listsEveryFileInInputOrder) {
+  test::writeFile(tool.folder / "text.png", "no picture");
+  test::writeFile(tool.folder / "empty.png", "");
+  fs::create_directory(tool.folder / "folder");
+  expectReport({"text.png", "missing.png", "--output", "out", "folder", "empty.png", "--jobs", "3"},
+               "text.png : échec — " + undecodable +
+                   "\n"
+                   "missing.png : échec — " +
+                   missing +
+                   "\n"
+                   "folder : échec — " +
+                   isAFolder +
+                   "\n"
+                   "empty.png : échec — " +
+                   undecodable +
+                   "\n"
+                   "\n"
+                   "4 fichier(s) traité(s), 4 échec(s).\n");
+  EXPECT_EQ(tool.folder.names(), (Names{"empty.png", "folder", "out", "text.png"}));
+  EXPECT_TRUE(fs::is_empty(tool.folder / "out"));
+}
+
+TEST_F(FailureReportEndToEnd, tellsMachinesTheSame) {
+  test::writeFile(tool.folder / "text.png", "no picture");
+  expectReport({"--json", "text.png", "a/missing.png", "--output", "out"},
+               "[\n"
+               "  {\n"
+               "    \"error\" : \"" +
+                   undecodable +
+                   "\",\n"
+                   "    \"originalSizeBytes\" : 10,\n"
+                   "    \"path\" : \"text.png\"\n"
+                   "  },\n"
+                   "  {\n"
+                   "    \"error\" : \"" +
+                   missing +
+                   "\",\n"
+                   "    \"originalSizeBytes\" : 0,\n"
+                   "    \"path\" : \"a\\/missing.png\"\n"
+                   "  }\n"
+                   "]\n");
+}
+
+TEST_F(FailureReportEndToEnd, escapesWhatAFileMayBeCalled) {
+  expectReport(
+      {"--json", "\"q\" \\ \b\f\n\r\t\x01\x1f\x7f/été 图 caf\xE9\xE9.png", "--output", "out"},
+      "[\n"
+      "  {\n"
+      "    \"error\" : \"" +
+          missing +
+          "\",\n"
+          "    \"originalSizeBytes\" : 0,\n"
+          "    \"path\" : \"\\\"q\\\" \\\\ \\b\\f\\n\\r\\t\\u0001\\u001f\x7f\\/été 图 "
+          "caf\uFFFD\uFFFD.png\"\n"
+          "  }\n"
+          "]\n");
+}
+
+TEST_F(FailureReportEndToEnd, showsABadlyNamedFileToPeople) {
+  expectReport({"caf\xE9.png", "--output", "out"}, "caf\uFFFD.png : échec — " + missing +
+                                                       "\n"
+                                                       "\n"
+                                                       "1 fichier(s) traité(s), 1 échec(s).\n");
+}
+
+TEST_F(FailureReportEndToEnd, createsEveryMissingFolderOfTheOutput) {
+  EXPECT_EQ(tool.run({"missing.png", "--output", "a/b/c"}).status, 1);
+  EXPECT_TRUE(fs::is_directory(tool.folder / "a/b/c"));
+}
+
+TEST_F(FailureReportEndToEnd, arrivesWholeOnAPipeThatDoesNotWait) {
+  std::vector<std::string> arguments{"--output", "out"};
+  for (int i = 0; i < 500; ++i) arguments.push_back("missing" + std::to_string(i) + ".png");
+  const std::string report = tool.run(arguments).output;
+  EXPECT_GT(report.size(), 16'384u);
+  EXPECT_TRUE(report.ends_with("\n\n500 fichier(s) traité(s), 500 échec(s).\n"));
+  EXPECT_EQ(tool.run(arguments, test::Output::reluctant).output, report);
+}
+
+TEST_F(FailureReportEndToEnd, leavesTheStatusAloneWhereItCannotBeWritten) {
+  for (const test::Output output : {test::Output::closed, test::Output::full}) {
+    const test::ToolRun run = tool.run({"missing.png", "--output", "out"}, output);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.errors, "");
+  }
+}
+
+TEST_F(FailureReportEndToEnd, readsInputsNamedLikeOneDash) {
+  expectReport({"-v", "-", "--output", "--json"}, "-v : échec — " + missing +
+                                                      "\n"
+                                                      "- : échec — " +
+                                                      missing +
+                                                      "\n"
+                                                      "\n"
+                                                      "2 fichier(s) traité(s), 2 échec(s).\n");
+  EXPECT_EQ(tool.folder.names(), Names{"--json"});
+}
+
+}  // namespace
+}  // namespace orvane

@@ -1,0 +1,104 @@
+// What other programs, and users of a kind, may meet in the profile file.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <thread>
+
+#include "profiles/ExportProfile.h"
+#include "support/RunTool.h"
+
+namespace orvane {
+namespace {
+
+namespace fs = std::filesystem;
+using test::readFile;
+
+std::string repeated(std::string_view text, std::size_t count) {
+  std::string result;
+  for (std::size_t i = 0; i < count; ++i) result += text;
+  return result;
+}
+
+TEST(SharedProfileFile, isWholeWheneverItIsRead) {
+  const test::Tool tool;
+  // One name in two spellings, composed and not, makes a file of two sizes: one that is written in
+  // place would be seen cut or mixed.
+  const std::string shortName = repeated("\u00e9", 10'000);
+  const std::string longName = repeated("e\u0301", 10'000);
+  const auto save = [&](const std::string& name) {
+    return tool.run({"--create-profile", name, "--format", "png", "--quality", "80"}).status;
+  };
+  ASSERT_EQ(save(shortName), 0);
+
+  std::atomic<bool> ended = false;
+  std::thread writer([&] {
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(save(i % 2 == 0 ? longName : shortName), 0);
+    ended = true;
+  });
+  std::size_t shortReads = 0, longReads = 0, brokenReads = 0;
+  while (!ended) {
+    const auto profiles = decodeProfiles(readFile(tool.profileFile()));
+    const std::string name = profiles && profiles->size() == 1 ? profiles->front().name : "";
+    ++(name == shortName ? shortReads : name == longName ? longReads : brokenReads);
+  }
+  writer.join();
+  EXPECT_EQ(brokenReads, 0u);
+  EXPECT_GT(shortReads + longReads, 0u);
+}
+
+TEST(SharedProfileFile, survivesWritersThatRunAtTheSameTime) {
+  const test::Tool tool;
+  std::vector<std::thread> writers;
+  for (const std::string name : {"a", "b", "c", "d"}) {
+    writers.emplace_back([&tool, name] {
+      EXPECT_EQ(tool.run({"--create-profile", name, "--format", "png", "--quality", "80"}).status,
+                0);
+    });
+  }
+  for (std::thread& writer : writers) writer.join();
+  // The last one wins; what it kept of the others depends on their speed.
+  const auto profiles = decodeProfiles(readFile(tool.profileFile()));
+  ASSERT_TRUE(profiles);
+  EXPECT_GE(profiles->size(), 1u);
+  const auto entries = fs::directory_iterator(tool.profileFile().parent_path());
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
+}
+
+TEST(SharedProfileFile, keepsItsMode) {
+  const test::Tool tool;
+  const std::vector<std::string> command{"--create-profile", "Web", "--format", "png",
+                                         "--quality",        "80"};
+  tool.run(command);
+  const auto mode = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
+  fs::permissions(tool.profileFile(), mode);
+  tool.run(command);
+  EXPECT_EQ(fs::status(tool.profileFile()).permissions(), mode);
+}
+
+[[noreturn]] void createProfileAsNobodyKnown() {
+  unsetenv("HOME");
+  unsetenv("XDG_DATA_HOME");
+  // The program may lie where that user cannot go, so it is opened before.
+  FILE* const program = std::fopen(ORVANE_CLI, "rb");
+  if (program == nullptr || setuid(3'999'999'999) != 0) std::exit(2);
+  std::string arguments[]{"orvane-cli", "--create-profile", "A", "--format",
+                          "png",        "--quality",        "1"};
+  std::vector<char*> pointers;
+  for (std::string& argument : arguments) pointers.push_back(argument.data());
+  pointers.push_back(nullptr);
+  fexecve(fileno(program), pointers.data(), environ);
+  std::exit(3);
+}
+
+TEST(SharedProfileFileDeathTest, hasNoPlaceWithAUserWithoutAHome) {
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser can become an unknown user";
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(createProfileAsNobodyKnown(), testing::ExitedWithCode(1),
+              "^Erreur : Dossier des données d'application introuvable\\.\n$");
+}
+
+}  // namespace
+}  // namespace orvane

@@ -1,0 +1,185 @@
+#include "support/RunTool.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace orvane::test {
+namespace {
+
+void check(int errorNumber) {
+  if (errorNumber != 0) throw std::system_error(errorNumber, std::generic_category());
+}
+
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int number) : number_(number) {}
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
+  ~Descriptor() { close(); }
+
+  int number() const { return number_; }
+  void close() {
+    if (number_ != -1) ::close(std::exchange(number_, -1));
+  }
+
+ private:
+  int number_ = -1;
+};
+
+struct Pipe {
+  Descriptor reader;
+  Descriptor writer;
+};
+
+Pipe makePipe(int flags) {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC | flags) != 0) check(errno);
+  return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+Pipe outputPipe(Output output) {
+  Pipe pipe = makePipe(0);
+  if (output == Output::reluctant) {
+    fcntl(pipe.writer.number(), F_SETPIPE_SZ, 4096);
+    fcntl(pipe.writer.number(), F_SETFL, O_NONBLOCK);
+  }
+  if (output == Output::readerGone) pipe.reader.close();
+  return pipe;
+}
+
+class FileActions {
+ public:
+  FileActions() { check(posix_spawn_file_actions_init(&actions_)); }
+  ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
+  FileActions(const FileActions&) = delete;
+  FileActions& operator=(const FileActions&) = delete;
+
+  void enter(const std::string& folder) {
+    check(posix_spawn_file_actions_addchdir_np(&actions_, folder.c_str()));
+  }
+  void connect(int descriptor, const Descriptor& target) {
+    check(posix_spawn_file_actions_adddup2(&actions_, target.number(), descriptor));
+  }
+  void connect(int descriptor, const char* path, int flags) {
+    check(posix_spawn_file_actions_addopen(&actions_, descriptor, path, flags, 0));
+  }
+  void close(int descriptor) { check(posix_spawn_file_actions_addclose(&actions_, descriptor)); }
+
+  const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+ private:
+  posix_spawn_file_actions_t actions_;
+};
+
+std::vector<char*> pointers(std::vector<std::string>& texts) {
+  std::vector<char*> result;
+  for (std::string& text : texts) result.push_back(text.data());
+  result.push_back(nullptr);
+  return result;
+}
+
+/// The tests' own environment but for what makes a locale and a home.
+std::map<std::string, std::string> neutralEnvironment() {
+  std::map<std::string, std::string> variables;
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string text(*entry);
+    const std::string name = text.substr(0, text.find('='));
+    const bool isPersonal = name == "HOME" || name.starts_with("XDG_") || name == "LANG" ||
+                            name == "LANGUAGE" || name.starts_with("LC_");
+    if (!isPersonal) variables[name] = text.substr(name.size() + 1);
+  }
+  return variables;
+}
+
+std::vector<std::string> environmentWith(const std::map<std::string, std::string>& changes) {
+  auto variables = neutralEnvironment();
+  for (const auto& [name, value] : changes) variables[name] = value;
+  std::vector<std::string> entries;
+  for (const auto& [name, value] : variables) {
+    if (!value.empty()) entries.push_back(name + "=" + value);
+  }
+  return entries;
+}
+
+pid_t spawn(std::vector<std::string> arguments, const std::map<std::string, std::string>& changes,
+            const FileActions& actions) {
+  arguments.insert(arguments.begin(), ORVANE_CLI);
+  std::vector<std::string> variables = environmentWith(changes);
+  pid_t process = 0;
+  check(posix_spawn(&process, ORVANE_CLI, actions.get(), nullptr, pointers(arguments).data(),
+                    pointers(variables).data()));
+  return process;
+}
+
+/// Reads once. False at the end.
+bool readSome(const Descriptor& reader, std::string& into) {
+  std::array<char, 65536> block;
+  const ssize_t count = ::read(reader.number(), block.data(), block.size());
+  if (count > 0) into.append(block.data(), static_cast<std::size_t>(count));
+  return count > 0 || (count < 0 && errno == EINTR);
+}
+
+/// Reads both streams, whichever has something, until both end.
+void readStreams(Descriptor output, Descriptor errors, ToolRun& run) {
+  while (output.number() != -1 || errors.number() != -1) {
+    std::array<pollfd, 2> waiting{{{output.number(), POLLIN, 0}, {errors.number(), POLLIN, 0}}};
+    poll(waiting.data(), waiting.size(), -1);
+    if (waiting[0].revents != 0 && !readSome(output, run.output)) output.close();
+    if (waiting[1].revents == 0) continue;
+    if (readSome(errors, run.errors)) {
+      ++run.errorWrites;
+    } else {
+      errors.close();
+    }
+  }
+}
+
+}  // namespace
+
+Tool::Tool() {
+  environment = {{"HOME", home_.path()}, {"XDG_DATA_HOME", home_ / "data"}};
+  ::signal(SIGPIPE, SIG_DFL);  // which runs inherit
+}
+
+std::filesystem::path Tool::profileFile() const {
+  return home_.path() / "data" / "Orvane" / "exportProfiles.json";
+}
+
+ToolRun Tool::run(const std::vector<std::string>& arguments, Output output) const {
+  Pipe outputs = outputPipe(output);
+  Pipe errors = makePipe(O_DIRECT);  // a packet for each write
+
+  FileActions actions;
+  actions.enter(folder.path());
+  actions.connect(STDIN_FILENO, "/dev/null", O_RDONLY);
+  actions.connect(STDOUT_FILENO, outputs.writer);
+  actions.connect(STDERR_FILENO, errors.writer);
+  if (output == Output::closed) actions.close(STDOUT_FILENO);
+  if (output == Output::full) actions.connect(STDOUT_FILENO, "/dev/full", O_WRONLY);
+  const pid_t process = spawn(arguments, environment, actions);
+  outputs.writer.close();
+  errors.writer.close();
+
+  ToolRun run;
+  readStreams(std::move(outputs.reader), std::move(errors.reader), run);
+  int ending = 0;
+  while (waitpid(process, &ending, 0) == -1 && errno == EINTR) continue;
+  if (WIFEXITED(ending)) run.status = WEXITSTATUS(ending);
+  if (WIFSIGNALED(ending)) run.signal = WTERMSIG(ending);
+  return run;
+}
+
+}  // namespace orvane::test

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "support/TemporaryFolder.h"
+
+namespace orvane::test {
+
+/// How one run of the program ended, and what it wrote, byte for byte.
+struct ToolRun {
+  int status = -1;  ///< exit status; -1 when a signal ended the run
+  int signal = 0;
+  std::string output;
+  std::string errors;
+  std::size_t errorWrites = 0;  ///< calls of write(2) that `errors` came in
+};
+
+/// What the program's standard output is connected to.
+enum class Output {
+  captured,
+  reluctant,  ///< captured by a pipe of one page that does not block its writer
+  closed,
+  full,        ///< a device without room
+  readerGone,  ///< a pipe that nobody reads any more
+};
+
+/// The real program in a folder of its own, with a home of its own and no locale.
+class Tool {
+ public:
+  Tool();
+
+  /// Runs the program in the working folder until it ends. Any number of runs may be under way at
+  /// once. Throws std::system_error when it cannot be started.
+  ToolRun run(const std::vector<std::string>& arguments, Output output = Output::captured) const;
+
+  std::filesystem::path profileFile() const;
+
+  /// Changes to the environment that the tests run in; an empty value takes the variable out.
+  std::map<std::string, std::string> environment;
+
+  TemporaryFolder folder;  ///< the working folder
+
+ private:
+  TemporaryFolder home_;
+};
+
+}  // namespace orvane::test
