@@ -1,0 +1,310 @@
+// Runs of the program on pictures: what it writes, what it reports, and how it goes on past what
+// it cannot read.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "codecs/PNGQuantEncoder.h"
+#include "pipeline/ImageDecoder.h"
+#include "pipeline/ImageProcessingError.h"
+#include "pipeline/NativeImageIOEncoder.h"
+#include "profiles/JSONText.h"
+#include "support/RunTool.h"
+#include "support/TestImages.h"
+
+namespace orvane {
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
+using test::readFile;
+using test::ToolRun;
+using test::writeFile;
+
+const EncodingPlan plan{.mode = EncodingPlan::Lossy{90}};
+
+Bytes pngFile(const Image& image) {
+  return PNGQuantEncoder::encodeLossless(RGBABuffer(image), plan);
+}
+
+Bytes jpegFile(const Image& image) {
+  return NativeImageIOEncoder::encode(image, false, ImageFormat::jpeg, plan);
+}
+
+struct CompressionEndToEnd : testing::Test {
+  test::Tool tool;
+
+  CompressionEndToEnd() { tool.environment["LC_ALL"] = "C"; }
+
+  void write(const std::string& name, ByteView bytes) const {
+    const fs::path path = tool.folder / name;
+    fs::create_directories(path.parent_path());
+    writeFile(path, bytes);
+  }
+
+  /// The report of a run, which must end with `status` and say nothing else.
+  std::string reportOf(const Names& arguments, int status = 0) const {
+    const ToolRun run = tool.run(arguments);
+    EXPECT_EQ(run.status, status);
+    EXPECT_EQ(run.errors, "");
+    return run.output;
+  }
+
+  std::uintmax_t size(const std::string& name) const { return fs::file_size(tool.folder / name); }
+
+  Names namesIn(const std::string& folder) const {
+    Names names;
+    for (const auto& entry : fs::directory_iterator(tool.folder / folder)) {
+      names.push_back(entry.path().filename());
+    }
+    std::ranges::sort(names);
+    return names;
+  }
+
+  ImageFormat formatOf(const std::string& name) const {
+    return ImageDecoder::decodeImageSource(readFile(tool.folder / name)).format;
+  }
+
+  /// What the report for machines says of `input`, compressed to `output`.
+  std::string jsonRecord(const std::string& input, const std::string& output) const {
+    const double ratio = 1 - static_cast<double>(size(output)) / static_cast<double>(size(input));
+    return "  {\n    \"compressedSizeBytes\" : " + std::to_string(size(output)) +
+           ",\n    \"destination\" : " + JSONText::string(tool.folder / output) +
+           ",\n    \"originalSizeBytes\" : " + std::to_string(size(input)) +
+           ",\n    \"path\" : " + JSONText::string(input) +
+           ",\n    \"ratio\" : " + JSONText::number(ratio) + "\n  }";
+  }
+
+  std::string jsonFailure(const std::string& input, const std::string& error,
+                          std::uintmax_t inputSize) const {
+    return "  {\n    \"error\" : " + JSONText::string(error) +
+           ",\n    \"originalSizeBytes\" : " + std::to_string(inputSize) +
+           ",\n    \"path\" : " + JSONText::string(input) + "\n  }";
+  }
+};
+
+TEST_F(CompressionEndToEnd, writesJPEGByDefaultIntoANewFolder) {
+  write("in/a.png", pngFile(test::noisyImage(40, 30)));
+  write("b.jpeg", jpegFile(test::noisyImage(30, 40)));
+  const std::string report = reportOf({"in/a.png", "--output", "new/folder", "b.jpeg", "--json"});
+  EXPECT_EQ(report, "[\n" + jsonRecord("in/a.png", "new/folder/a.jpg") + ",\n" +
+                        jsonRecord("b.jpeg", "new/folder/b.jpg") + "\n]\n");
+  EXPECT_EQ(namesIn("new/folder"), (Names{"a.jpg", "b.jpg"}));
+  EXPECT_EQ(formatOf("new/folder/a.jpg"), ImageFormat::jpeg);
+  EXPECT_EQ(formatOf("new/folder/b.jpg"), ImageFormat::jpeg);
+}
+
+TEST_F(CompressionEndToEnd, writesEveryFormat) {
+  write("a.png", pngFile(test::noisyImage(40, 30)));
+  for (const std::string format : {"PNG", "jpeg", "heic", "avif", "webp", "jxl"}) {
+    reportOf({"a.png", "--output", "out", "--format", format});
+  }
+  EXPECT_EQ(namesIn("out"), (Names{"a.avif", "a.heic", "a.jpg", "a.jxl", "a.png", "a.webp"}));
+  for (const ImageFormat format : ImageFormat::allCases) {
+    EXPECT_EQ(formatOf("out/a." + std::string(format.fileExtension())), format);
+  }
+}
+
+TEST_F(CompressionEndToEnd, speaksToPeopleInTheirUnits) {
+  Bytes file = pngFile(test::gradientImage(8, 8));
+  file.resize(1'234'567);  // what follows the end of a PNG file does not count
+  write("a.png", file);
+  const auto expected = [&](const std::string& before, const std::string& unit) {
+    EXPECT_LT(size("out/a.jpg"), 1000u);
+    return "a.png : " + before + " → " + std::to_string(size("out/a.jpg")) + " " + unit +
+           " (-100%) → " + tool.folder / "out/a.jpg" + "\n\n1 fichier(s) traité(s), 0 échec(s).\n";
+  };
+  const Names arguments{"a.png", "--output", "out"};
+  EXPECT_EQ(reportOf(arguments), expected("1,2 Mo", "octets"));
+  tool.environment["LC_ALL"] = "";
+  EXPECT_EQ(reportOf(arguments), expected("1,2 Mo", "octets"));
+  tool.environment["LANG"] = "fr_FR.UTF-8";
+  EXPECT_EQ(reportOf(arguments), expected("1,2 Mo", "octets"));
+  tool.environment["LANG"] = "en_US.UTF-8";
+  EXPECT_EQ(reportOf(arguments), expected("1.2 MB", "bytes"));
+}
+
+TEST_F(CompressionEndToEnd, keepsAnOutputThatIsLarger) {
+  const Image image = test::noisyImage(40, 30);
+  write("a.jpg", NativeImageIOEncoder::encode(image, false, ImageFormat::jpeg,
+                                              {.mode = EncodingPlan::Lossy{10}}));
+  const std::string report = reportOf({"a.jpg", "--output", "out", "--quality", "100"});
+  ASSERT_GT(size("out/a.jpg"), size("a.jpg"));
+  const double growth =
+      static_cast<double>(size("out/a.jpg")) / static_cast<double>(size("a.jpg")) - 1;
+  const std::string percentage = "(+" + std::to_string(std::lround(growth * 100)) + "%)";
+  EXPECT_NE(report.find(percentage), std::string::npos) << report << percentage;
+}
+
+TEST_F(CompressionEndToEnd, goesOnPastWhatItCannotRead) {
+  Bytes truncated = jpegFile(test::noisyImage(60, 60));
+  truncated.resize(truncated.size() / 2);
+  write("good.png", pngFile(test::gradientImage(20, 20)));
+  write("empty.png", {});
+  writeFile(tool.folder / "text.png", "no picture");
+  write("truncated.jpg", truncated);
+  fs::create_directory(tool.folder / "folder");
+  write("last.jpg", jpegFile(test::gradientImage(20, 20)));
+  const Names before = tool.folder.names();
+
+  const Names arguments{"good.png", "missing.png", "empty.png", "text.png", "truncated.jpg",
+                        "folder",   "last.jpg",    "--output",  "out",      "--format",
+                        "webp",     "--jobs",      "3"};
+  const std::string missing = std::strerror(ENOENT);
+  const std::string isAFolder = std::strerror(EISDIR);
+  const std::string undecodable = ImageProcessingError::decodingFailed().localizedDescription();
+  const std::string report = reportOf(arguments, 1);
+  const auto firstLine = report.find('\n') + 1;
+  EXPECT_TRUE(report.starts_with("good.png : ")) << report;
+  const std::string failures = "missing.png : échec — " + missing +
+                               "\n"
+                               "empty.png : échec — " +
+                               undecodable +
+                               "\n"
+                               "text.png : échec — " +
+                               undecodable +
+                               "\n"
+                               "truncated.jpg : échec — " +
+                               undecodable +
+                               "\n"
+                               "folder : échec — " +
+                               isAFolder +
+                               "\n"
+                               "last.jpg : ";
+  EXPECT_EQ(report.substr(firstLine, failures.size()), failures);
+  EXPECT_TRUE(report.ends_with("\n\n7 fichier(s) traité(s), 5 échec(s).\n")) << report;
+
+  Names jsonArguments = arguments;
+  jsonArguments.push_back("--json");
+  EXPECT_EQ(reportOf(jsonArguments, 1),
+            "[\n" + jsonRecord("good.png", "out/good.webp") + ",\n" +
+                jsonFailure("missing.png", missing, 0) + ",\n" +
+                jsonFailure("empty.png", undecodable, 0) + ",\n" +
+                jsonFailure("text.png", undecodable, 10) + ",\n" +
+                jsonFailure("truncated.jpg", undecodable, truncated.size()) + ",\n" +
+                jsonFailure("folder", isAFolder, size("folder")) + ",\n" +
+                jsonRecord("last.jpg", "out/last.webp") + "\n]\n");
+
+  EXPECT_EQ(namesIn("out"), (Names{"good.webp", "last.webp"}));
+  Names after = before;
+  after.insert(std::ranges::upper_bound(after, "out"), "out");
+  EXPECT_EQ(tool.folder.names(), after);
+}
+
+TEST_F(CompressionEndToEnd, failsEachFileWhereTheFolderIsAFile) {
+  write("a.png", pngFile(test::gradientImage(8, 8)));
+  write("b.png", pngFile(test::gradientImage(8, 8)));
+  writeFile(tool.folder / "out", "in the way");
+  const std::string error = std::strerror(ENOTDIR);
+  EXPECT_EQ(reportOf({"a.png", "b.png", "--output", "out"}, 1),
+            "a.png : échec — " + error + "\nb.png : échec — " + error +
+                "\n\n2 fichier(s) traité(s), 2 échec(s).\n");
+  EXPECT_EQ(size("out"), 10u);
+  EXPECT_EQ(tool.folder.names(), (Names{"a.png", "b.png", "out"}));
+}
+
+TEST_F(CompressionEndToEnd, givesInputsOfOneNameTheirOwnOutputs) {
+  write("x/photo.png", pngFile(test::gradientImage(8, 8)));
+  write("y/photo.jpg", jpegFile(test::gradientImage(9, 9)));
+  write("y/PHOTO.final.png", pngFile(test::gradientImage(10, 10)));
+  write("z/Photo.png", pngFile(test::gradientImage(11, 11)));
+  reportOf({"x/photo.png", "y/photo.jpg", "y/PHOTO.final.png", "z/Photo.png", "--output", "out"});
+  EXPECT_EQ(namesIn("out"), (Names{"PHOTO.final.jpg", "Photo-3.jpg", "photo-2.jpg", "photo.jpg"}));
+  const auto width = [&](const std::string& name) {
+    return ImageDecoder::decodeImageSource(readFile(tool.folder / name)).image.width;
+  };
+  EXPECT_EQ(width("out/photo.jpg"), 8u);
+  EXPECT_EQ(width("out/photo-2.jpg"), 9u);
+  EXPECT_EQ(width("out/PHOTO.final.jpg"), 10u);
+  EXPECT_EQ(width("out/Photo-3.jpg"), 11u);
+}
+
+TEST_F(CompressionEndToEnd, replacesWhatAnEarlierRunWrote) {
+  write("a.png", pngFile(test::gradientImage(8, 8)));
+  write("out/a.jpg", {});
+  reportOf({"a.png", "--output", "out"});
+  EXPECT_EQ(namesIn("out"), Names{"a.jpg"});
+  EXPECT_EQ(formatOf("out/a.jpg"), ImageFormat::jpeg);
+}
+
+TEST_F(CompressionEndToEnd, mayReplaceItsOwnInput) {
+  write("a.jpg", jpegFile(test::noisyImage(40, 30)));
+  const auto sizeBefore = size("a.jpg");
+  reportOf({"a.jpg", "--output", "", "--quality", "30"});
+  EXPECT_LT(size("a.jpg"), sizeBefore);
+  EXPECT_EQ(tool.folder.names(), Names{"a.jpg"});
+}
+
+TEST_F(CompressionEndToEnd, givesTheSameBytesForEveryNumberOfJobs) {
+  Names arguments{"--format", "png", "--output", "out1", "--jobs", "1"};
+  for (int i = 0; i < 6; ++i) {
+    const std::string name = "a" + std::to_string(i) + ".png";
+    write(name, pngFile(test::noisyImage(40 + static_cast<std::size_t>(i), 30)));
+    arguments.push_back(name);
+  }
+  reportOf(arguments);
+  arguments[3] = "out4";
+  arguments[5] = "4";
+  reportOf(arguments);
+  ASSERT_EQ(namesIn("out1").size(), 6u);
+  for (const std::string& name : namesIn("out1")) {
+    EXPECT_EQ(readFile(tool.folder / ("out1/" + name)), readFile(tool.folder / ("out4/" + name)));
+  }
+}
+
+TEST_F(CompressionEndToEnd, keepsTheBytesOfABadName) {
+  write("caf\xE9.png", pngFile(test::gradientImage(8, 8)));
+  const std::string report = reportOf({"caf\xE9.png", "--output", "out", "--json"});
+  const auto record = nlohmann::json::parse(report).at(0);
+  EXPECT_EQ(record.at("path"), "caf\uFFFD.png");
+  EXPECT_EQ(record.at("destination"), tool.folder / "out/caf\uFFFD.jpg");
+  EXPECT_EQ(namesIn("out"), Names{"caf\xE9.jpg"});
+}
+
+TEST_F(CompressionEndToEnd, writesItsFilesWhereTheReportCannotBeWritten) {
+  write("a.png", pngFile(test::gradientImage(8, 8)));
+  for (const test::Output output : {test::Output::closed, test::Output::full}) {
+    const ToolRun run = tool.run({"a.png", "--output", "out"}, output);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(formatOf("out/a.jpg"), ImageFormat::jpeg);
+    fs::remove_all(tool.folder / "out");
+  }
+}
+
+TEST_F(CompressionEndToEnd, appliesTheDefaultProfileBeneathTheOptions) {
+  write("a.png", pngFile(test::noisyImage(60, 60)));
+  fs::create_directories(tool.profileFile().parent_path());
+  writeFile(tool.profileFile(), R"([{"id":"6BA7B810-9DAD-11D1-80B4-00C04FD430C8","name":"P",)"
+                                R"("format":"webp","quality":20,"isDefault":true,)"
+                                R"("destinationFolder":"file://)" +
+                                    tool.folder.path().string() + R"(/F/"}])");
+  reportOf({"a.png"});
+  EXPECT_EQ(namesIn("F"), Names{"a.webp"});
+  const auto sizeAt20 = size("F/a.webp");
+
+  reportOf({"a.png", "--quality", "90"});
+  EXPECT_GT(size("F/a.webp"), sizeAt20);
+
+  reportOf({"a.png", "--format", "png", "--output", "G"});
+  EXPECT_EQ(namesIn("G"), Names{"a.png"});
+  EXPECT_EQ(namesIn("F"), Names{"a.webp"});
+}
+
+TEST_F(CompressionEndToEnd, appliesAProfileThatItHasCreated) {
+  write("a.png", pngFile(test::gradientImage(20, 20)));
+  fs::create_directory(tool.folder / "Été 1");
+  ASSERT_EQ(tool.run({"--create-profile", "Été", "--format", "webp", "--quality", "60", "--output",
+                      "Été 1"})
+                .status,
+            0);
+  reportOf({"a.png", "--profile", "ÉTÉ"});
+  EXPECT_EQ(namesIn("Été 1"), Names{"a.webp"});
+}
+
+}  // namespace
+}  // namespace orvane
