@@ -5,7 +5,7 @@ find_package(Threads REQUIRED)
 find_package(OpenMP REQUIRED COMPONENTS CXX)  # libimagequant's thread count is OpenMP's
 
 set(modules
-  libpng libjpeg libwebp libwebpmux libwebpdemux libjxl libheif libavif imagequant zlib lcms2
+  libpng libjpeg libwebp libwebpmux libwebpdemux libjxl libheif libde265 x265 libavif imagequant zlib lcms2
   icu-uc icu-i18n libexif uuid)
 foreach(module IN LISTS modules)
   pkg_check_modules(${module} REQUIRED IMPORTED_TARGET GLOBAL ${module})

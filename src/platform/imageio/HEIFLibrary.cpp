@@ -1,0 +1,66 @@
+#include "platform/imageio/HEIFLibrary.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+
+#include "platform/imageio/HEVCDecoder.h"
+#include "platform/imageio/ImageLimits.h"
+
+// libheif counts its versions in decimal digits up to 1.15 and in plain numbers after it; its own
+// LIBHEIF_HAVE_VERSION cannot tell them apart.
+#define ORVANE_LIBHEIF_HAS_CONVERSION_OPTIONS (LIBHEIF_NUMERIC_VERSION >= 0x01100000)
+#define ORVANE_LIBHEIF_HAS_SECURITY_LIMITS (LIBHEIF_NUMERIC_VERSION >= 0x01130000)
+
+namespace orvane::HEIFLibrary {
+namespace {
+
+/// Once in the process: libheif's tables of plugins are not for several threads to fill.
+void initialize() {
+  static const bool done = [] {
+    heif_init(nullptr);  // never undone: plugins may be in use until the very end
+    heif_register_decoder_plugin(&hevcDecoder);
+    return true;
+  }();
+  static_cast<void>(done);
+}
+
+void setLimits(heif_context* context) {
+#if ORVANE_LIBHEIF_HAS_SECURITY_LIMITS
+  heif_security_limits& limits = *heif_context_get_security_limits(context);
+  limits.max_image_size_pixels = ImageLimits::maximumPixels;
+  limits.max_memory_block_size = ImageLimits::usableMemory() / 2;
+  limits.max_color_profile_size = ImageLimits::maximumICCBytes;
+#else
+  heif_context_set_maximum_image_size_limit(context, static_cast<int>(ImageLimits::maximumSide));
+#endif
+}
+
+}  // namespace
+
+void check(const heif_error& error) {
+  if (error.code != heif_error_Ok) throw Error(error.message);
+}
+
+HEIFContext makeContext() {
+  initialize();
+  HEIFContext context(heif_context_alloc());
+  if (context == nullptr) throw std::bad_alloc();
+  heif_context_set_max_decoding_threads(context.get(), 0);
+  setLimits(context.get());
+  return context;
+}
+
+HEIFDecodingOptions makeDecodingOptions() {
+  HEIFDecodingOptions options(heif_decoding_options_alloc());
+  if (options == nullptr) throw std::bad_alloc();
+  options->strict_decoding = 1;
+#if ORVANE_LIBHEIF_HAS_CONVERSION_OPTIONS
+  options->color_conversion_options.preferred_chroma_upsampling_algorithm =
+      heif_chroma_upsampling_bilinear;
+  options->color_conversion_options.only_use_preferred_chroma_algorithm = 1;
+#endif
+  return options;
+}
+
+}  // namespace orvane::HEIFLibrary
