@@ -19,6 +19,16 @@ using Decoder = std::unique_ptr<avifDecoder, Deleter>;
 using Encoder = std::unique_ptr<avifEncoder, Deleter>;
 using Picture = std::unique_ptr<avifImage, Deleter>;
 
+/// What an encoder has written.
+struct Output {
+  avifRWData data = AVIF_DATA_EMPTY;
+
+  Output() = default;
+  ~Output() { avifRWDataFree(&data); }
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+};
+
 /// All three throw std::bad_alloc.
 Decoder makeDecoder();
 Encoder makeEncoder();

@@ -1,9 +1,131 @@
+#include <algorithm>
+#include <array>
+#include <new>
+#include <optional>
+
+#include "platform/graphics/RowRenderer.h"
+#include "platform/imageio/AVIFLibrary.h"
+#include "platform/imageio/AVIFSettings.h"
 #include "platform/imageio/ImageDestination.h"
 
 namespace orvane {
+namespace {
 
-const ImageDestination avifDestination{"public.avif", [](const Image&, double) -> Bytes {
-                                         throw UnwritableImage("not writable yet");
-                                       }};
+/// AV1 codes sides in 16 bits.
+constexpr std::size_t maximumSide = 65535;
+
+/// Rows that are rendered at once.
+constexpr std::size_t stripRows = 32;
+
+void require(avifResult result) {
+  if (result == AVIF_RESULT_OUT_OF_MEMORY) throw std::bad_alloc();
+  if (result != AVIF_RESULT_OK) throw UnwritableImage(avifResultToString(result));
+}
+
+/// Rows of `picture`, in its memory.
+class Strip {
+ public:
+  Strip(avifImage& picture, std::size_t first, std::size_t count)
+      : view_(AVIFLibrary::makePicture(0, 0, picture.depth, picture.yuvFormat)) {
+    const avifCropRect rows{0, static_cast<std::uint32_t>(first), picture.width,
+                            static_cast<std::uint32_t>(count)};
+    require(avifImageSetViewRect(view_.get(), &picture, &rows));
+  }
+
+  /// `pixels` are R, G, B, A, of 16 bits where that is said. Alpha goes where there is a plane for
+  /// it.
+  void fill(const std::uint8_t* pixels, std::size_t bytesPerRow, int bitsPerComponent) {
+    avifRGBImage source{};
+    avifRGBImageSetDefaults(&source, view_.get());
+    source.depth = static_cast<std::uint32_t>(bitsPerComponent);
+    source.ignoreAlpha = view_->alphaPlane == nullptr;
+    source.pixels = const_cast<std::uint8_t*>(pixels);  // only read
+    source.rowBytes = static_cast<std::uint32_t>(bytesPerRow);
+    const avifResult result = avifImageRGBToYUV(view_.get(), &source);
+    // The conversion takes the planes that it finds for its own.
+    view_->imageOwnsYUVPlanes = view_->imageOwnsAlphaPlane = AVIF_FALSE;
+    require(result);
+  }
+
+ private:
+  AVIFLibrary::Picture view_;
+};
+
+void describeColors(avifImage& picture, const ColorSpace& colorSpace) {
+  picture.matrixCoefficients = AVIF_MATRIX_COEFFICIENTS_BT601;
+  picture.yuvRange = AVIF_RANGE_FULL;
+  if (const auto codePoints = colorSpace.codePoints()) {
+    picture.colorPrimaries = codePoints->primaries;
+    picture.transferCharacteristics = codePoints->transfer;
+  } else {
+    AVIFLibrary::setICCProfile(picture, colorSpace.iccData());
+  }
+}
+
+/// `image` in its rendering space as AV1 codes it. Rows that are in the right form already are not
+/// copied first.
+AVIFLibrary::Picture convert(const Image& image) {
+  const ColorSpacePtr colorSpace = renderingSpace(image.colorSpace);
+  AVIFLibrary::Picture picture = AVIFLibrary::makePicture(
+      static_cast<std::uint32_t>(image.width), static_cast<std::uint32_t>(image.height),
+      AVIFSettings::depth, AVIFSettings::pixelFormat);
+  describeColors(*picture, *colorSpace);
+  require(avifImageAllocatePlanes(
+      picture.get(), image.alpha == AlphaKind::none ? AVIF_PLANES_YUV : AVIF_PLANES_ALL));
+
+  const std::size_t bytesPerRow =
+      image.width * 4 * static_cast<std::size_t>(image.bitsPerComponent / 8);
+  std::optional<RowRenderer> renderer;
+  MutablePixelMemory rendered;
+  if (!isOpaqueRendering(image)) {
+    renderer.emplace(image, colorSpace, image.bitsPerComponent, RowRenderer::AlphaForm::straight);
+    rendered = makePixelMemory(bytesPerRow * std::min(stripRows, image.height));
+  }
+  for (std::size_t first = 0; first < image.height; first += stripRows) {
+    const std::size_t count = std::min(stripRows, image.height - first);
+    for (std::size_t i = 0; renderer && i < count; ++i) {
+      renderer->render(first + i, rendered.get() + i * bytesPerRow);
+    }
+    Strip(*picture, first, count)
+        .fill(renderer ? rendered.get() : image.row(first), bytesPerRow, image.bitsPerComponent);
+  }
+  return picture;
+}
+
+/// Nothing when libaom does not know the tuning.
+std::optional<Bytes> encode(const avifImage& picture, double quality, AVIFSettings::Tuning tuning) {
+  const auto settings =
+      AVIFSettings::forPicture(quality, std::size_t{picture.width} * picture.height, tuning);
+  const AVIFLibrary::Encoder encoder = AVIFLibrary::makeEncoder();
+  encoder->codecChoice = AVIF_CODEC_CHOICE_AOM;
+  encoder->maxThreads = 1;
+  encoder->speed = settings.speed;
+  AVIFLibrary::setQuantizers(
+      *encoder, {.color = settings.colorQuantizer, .alpha = AVIFSettings::alphaQuantizer});
+  if (tuning == AVIFSettings::Tuning::imageQuality) {
+    AVIFLibrary::setCodecOption(*encoder, "color:tune", "iq");
+  }
+  AVIFLibrary::Output output;
+  const avifResult result = avifEncoderWrite(encoder.get(), &picture, &output.data);
+  if (result == AVIF_RESULT_INVALID_CODEC_SPECIFIC_OPTION) return std::nullopt;
+  require(result);
+  return Bytes(output.data.data, output.data.data + output.data.size);
+}
+
+Bytes encode(const Image& image, double quality) {
+  if (image.width > maximumSide || image.height > maximumSide) {
+    throw UnwritableImage("a side is longer than AV1 can hold");
+  }
+  const AVIFLibrary::Picture picture = convert(image);
+  using Tuning = AVIFSettings::Tuning;
+  for (const Tuning tuning : {Tuning::imageQuality, Tuning::structuralSimilarity}) {
+    if (auto file = encode(*picture, quality, tuning)) return *std::move(file);
+  }
+  throw UnwritableImage("libaom knows no tuning");
+}
+
+}  // namespace
+
+const ImageDestination avifDestination{"public.avif", encode};
 
 }  // namespace orvane

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "platform/imageio/HEVCDecoder.h"
+#include "platform/imageio/HEVCEncoder.h"
 #include "platform/imageio/ImageLimits.h"
 
 // libheif counts its versions in decimal digits up to 1.15 and in plain numbers after it; its own
@@ -20,6 +21,7 @@ void initialize() {
   static const bool done = [] {
     heif_init(nullptr);  // never undone: plugins may be in use until the very end
     heif_register_decoder_plugin(&hevcDecoder);
+    heif_register_encoder_plugin(&hevcEncoder);
     return true;
   }();
   static_cast<void>(done);
@@ -60,6 +62,20 @@ HEIFDecodingOptions makeDecodingOptions() {
       heif_chroma_upsampling_bilinear;
   options->color_conversion_options.only_use_preferred_chroma_algorithm = 1;
 #endif
+  return options;
+}
+
+HEIFEncoder makeHEVCEncoder(heif_context* context) {
+  heif_encoder* encoder = nullptr;
+  check(heif_context_get_encoder_for_format(context, heif_compression_HEVC, &encoder));
+  return HEIFEncoder(encoder);
+}
+
+HEIFEncodingOptions makeEncodingOptions() {
+  HEIFEncodingOptions options(heif_encoding_options_alloc());
+  if (options == nullptr) throw std::bad_alloc();
+  // Off by itself only in later generations: what could not read code points was iOS 12.
+  options->macOS_compatibility_workaround_no_nclx_profile = 0;
   return options;
 }
 

@@ -20,6 +20,9 @@ using HEIFImageHandle = std::unique_ptr<heif_image_handle, HEIFDeleter<heif_imag
 using HEIFImage = std::unique_ptr<heif_image, HEIFDeleter<heif_image_release>>;
 using HEIFColorProfile =
     std::unique_ptr<heif_color_profile_nclx, HEIFDeleter<heif_nclx_color_profile_free>>;
+using HEIFEncoder = std::unique_ptr<heif_encoder, HEIFDeleter<heif_encoder_release>>;
+using HEIFEncodingOptions =
+    std::unique_ptr<heif_encoding_options, HEIFDeleter<heif_encoding_options_free>>;
 using HEIFDecodingOptions =
     std::unique_ptr<heif_decoding_options, HEIFDeleter<heif_decoding_options_free>>;
 
@@ -35,12 +38,18 @@ class Error : public std::runtime_error {
 void check(const heif_error& error);
 
 /// An empty file, for reading into or for writing, which keeps to ImageLimits and starts no
-/// threads. HEVC is decoded by `hevcDecoder`. Throws std::bad_alloc.
+/// threads. HEVC is decoded by `hevcDecoder` and encoded by `hevcEncoder`. Throws std::bad_alloc.
 HEIFContext makeContext();
 
 /// Strict, with irot, imir and clap applied, and with the smoothest chroma that this libheif has.
 /// Throws std::bad_alloc.
 HEIFDecodingOptions makeDecodingOptions();
+
+/// `hevcEncoder`, for pictures of `context`. Throws Error.
+HEIFEncoder makeHEVCEncoder(heif_context* context);
+
+/// With colour spaces written as the picture has them. Throws std::bad_alloc.
+HEIFEncodingOptions makeEncodingOptions();
 
 }  // namespace HEIFLibrary
 }  // namespace orvane
