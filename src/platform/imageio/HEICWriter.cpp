@@ -4,9 +4,9 @@
 #include <optional>
 
 #include "platform/graphics/RowRenderer.h"
-#include "platform/imageio/HEICSettings.h"
 #include "platform/imageio/HEIFLibrary.h"
 #include "platform/imageio/ImageDestination.h"
+#include "platform/imageio/QualityTable.h"
 #include "platform/imageio/YCbCrRows.h"
 
 namespace orvane {
@@ -25,8 +25,8 @@ constexpr std::size_t maximumSide = 65534;
 class PlaneRows {
  public:
   PlaneRows(heif_image* image, heif_channel channel, std::size_t width, std::size_t height) {
-    HEIFLibrary::check(heif_image_add_plane(image, channel, static_cast<int>(width),
-                                            static_cast<int>(height), 8));
+    HEIFLibrary::check(
+        heif_image_add_plane(image, channel, static_cast<int>(width), static_cast<int>(height), 8));
     memory_ = heif_image_get_plane(image, channel, &stride_);
   }
 
@@ -53,7 +53,8 @@ HEIFImage rendered(const Image& image, const ColorSpacePtr& space) {
   const PlaneRows cb(result.get(), heif_channel_Cb, (width + 1) / 2, (height + 1) / 2);
   const PlaneRows cr(result.get(), heif_channel_Cr, (width + 1) / 2, (height + 1) / 2);
   std::optional<PlaneRows> alpha;
-  if (image.alpha != AlphaKind::none) alpha.emplace(result.get(), heif_channel_Alpha, width, height);
+  if (image.alpha != AlphaKind::none)
+    alpha.emplace(result.get(), heif_channel_Alpha, width, height);
 
   RowRenderer renderer(image, space, 8, RowRenderer::AlphaForm::straight);
   Bytes upper(width * 4);
@@ -114,7 +115,8 @@ Bytes serialized(heif_context* context) {
 
 Bytes encode(const Image& image, double quality) try {
   if (image.width == 0 || image.height == 0) throw UnwritableImage("an empty picture");
-  if (std::max(image.width, image.height) > maximumSide) throw UnwritableImage("a side is too long");
+  if (std::max(image.width, image.height) > maximumSide)
+    throw UnwritableImage("a side is too long");
   const ColorSpacePtr space = renderingSpace(image.colorSpace);
   const HEIFImage planes = rendered(image, space);
   const HEIFColorProfile description = planeDescription(*space);
@@ -123,9 +125,8 @@ Bytes encode(const Image& image, double quality) try {
 
   const HEIFContext context = HEIFLibrary::makeContext();
   const HEIFEncoder encoder = HEIFLibrary::makeHEVCEncoder(context.get());
-  const double hundredths = std::round(HEICSettings::rateFactor(quality) * 100);
-  HEIFLibrary::check(
-      heif_encoder_set_lossy_quality(encoder.get(), static_cast<int>(hundredths)));
+  const double hundredths = std::round(settingAt(QualityTables::heicRateFactor(), quality) * 100);
+  HEIFLibrary::check(heif_encoder_set_lossy_quality(encoder.get(), static_cast<int>(hundredths)));
   const HEIFEncodingOptions options = HEIFLibrary::makeEncodingOptions();
   options->output_nclx_profile = description.get();
   HEIFLibrary::check(heif_context_encode_image(context.get(), planes.get(), encoder.get(),

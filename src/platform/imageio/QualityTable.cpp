@@ -1,0 +1,55 @@
+#include "platform/imageio/QualityTable.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane {
+namespace {
+
+// At each quality between 0 and 1 the mean SSIMULACRA 2 score of photographs is
+//   0.30  0.40  0.50  0.60  0.70  0.75  0.80  0.85  0.90  0.95  0.98
+//     45    52    58    64    70    73  76.5  80.4  84.7  89.3  92.3
+
+constexpr QualityPoint jpegStepScaleTable[]{
+    {0.00, 90.0}, {0.30, 24.0}, {0.40, 19.5}, {0.50, 15.5}, {0.60, 12.0}, {0.70, 9.0}, {0.75, 7.6},
+    {0.80, 6.2},  {0.85, 4.9},  {0.90, 4.2},  {0.95, 2.6},  {0.98, 1.6},  {1.00, 0.5},
+};
+
+constexpr QualityPoint avifQuantizerTable[]{
+    {0.00, 63.0}, {0.30, 42.0}, {0.50, 37.5}, {0.70, 31.5}, {0.80, 27.0},
+    {0.85, 23.5}, {0.90, 17.5}, {0.95, 11.5}, {1.00, 1.0},
+};
+
+constexpr QualityPoint avifQuantizerTunedForImagesTable[]{
+    {0.00, 63.0}, {0.30, 42.0}, {0.50, 37.5}, {0.70, 31.5}, {0.80, 27.0},
+    {0.85, 23.5}, {0.90, 17.5}, {0.95, 11.5}, {1.00, 1.0},
+};
+
+constexpr QualityPoint heicRateFactorTable[]{
+    {0.00, 46.0}, {0.30, 37.0}, {0.50, 33.0}, {0.75, 28.0},
+    {0.85, 25.0}, {0.95, 18.0}, {1.00, 14.0},
+};
+
+}  // namespace
+
+namespace QualityTables {
+
+std::span<const QualityPoint> jpegStepScale() { return jpegStepScaleTable; }
+std::span<const QualityPoint> avifQuantizer() { return avifQuantizerTable; }
+std::span<const QualityPoint> avifQuantizerTunedForImages() {
+  return avifQuantizerTunedForImagesTable;
+}
+std::span<const QualityPoint> heicRateFactor() { return heicRateFactorTable; }
+
+}  // namespace QualityTables
+
+double settingAt(std::span<const QualityPoint> table, double quality) {
+  const auto above = std::ranges::upper_bound(table, quality, {}, &QualityPoint::quality);
+  if (above == table.begin() || std::isnan(quality)) return table.front().setting;
+  if (above == table.end()) return table.back().setting;
+  const QualityPoint& below = *(above - 1);
+  return std::lerp(below.setting, above->setting,
+                   (quality - below.quality) / (above->quality - below.quality));
+}
+
+}  // namespace orvane
