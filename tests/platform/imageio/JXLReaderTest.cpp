@@ -240,13 +240,16 @@ TEST(JXLReader, cutsFloatsTo0And1) {
   EXPECT_EQ(test::pixelAt(image, 1, 0), (Pixel{32768, 65535, 65535, 65535}));
 }
 
-TEST(JXLReader, readsHalfFloats) {
+TEST(JXLReader, spreadsFloatsOver16BitsHoweverShort) {
   const Image drawn = drawGray(64, 16, 16, [](std::size_t x, std::size_t) {
     return static_cast<int>(20000 + x / 16 * 10000);
   });
-  const Image image = decode(test::buildJXL(drawn, {.xybDistance = 0.2f, .exponentBits = 5}));
-  EXPECT_EQ(image.bitsPerComponent, 16);
-  EXPECT_LT(test::meanDifference(image, drawn), 257);
+  for (const auto& [bits, exponentBits] : {std::pair{16, 5}, std::pair{8, 4}}) {
+    const Image image = decode(test::buildJXL(
+        drawn, {.xybDistance = 0.2f, .bitsPerSample = bits, .exponentBits = exponentBits}));
+    EXPECT_EQ(image.bitsPerComponent, 16);
+    EXPECT_LT(test::meanDifference(image, drawn), 257);
+  }
 }
 
 // Orientation, frames, extra channels
