@@ -92,6 +92,14 @@ void replaceConstantLuminance(avifImage& picture) {
   }
 }
 
+/// libyuv, which is many times as fast as libavif itself, has coefficients of 8 bits. The greatest
+/// of the wider matrices does not fit when it stretches the range: blues would be 10 of 255 off.
+bool outgrowsLibYUV(const avifImage& picture) {
+  return picture.yuvRange == AVIF_RANGE_LIMITED &&
+         picture.matrixCoefficients != AVIF_MATRIX_COEFFICIENTS_BT601 &&
+         picture.matrixCoefficients != AVIF_MATRIX_COEFFICIENTS_BT470BG;
+}
+
 AlphaKind alphaOf(const avifImage& picture) {
   if (picture.alphaPlane == nullptr) return AlphaKind::none;
   return picture.alphaPremultiplied ? AlphaKind::premultiplied : AlphaKind::straight;
@@ -110,6 +118,7 @@ Image render(const avifImage& picture) {
   avifRGBImage target{};
   avifRGBImageSetDefaults(&target, &picture);
   target.depth = static_cast<std::uint32_t>(image.bitsPerComponent);
+  target.avoidLibYUV = outgrowsLibYUV(picture);
   target.chromaUpsampling = AVIF_CHROMA_UPSAMPLING_BEST_QUALITY;
   target.alphaPremultiplied = picture.alphaPremultiplied;
   target.pixels = pixels.get();
@@ -168,13 +177,9 @@ AVIFSource::AVIFSource(ByteView file) {
 }
 
 Image AVIFSource::image() {
-  const avifImage& picture = *decoder_->image;
-  const std::uint32_t width = picture.width, height = picture.height;
   require(avifDecoderNthImage(decoder_.get(), 0));
-  if (picture.width != width || picture.height != height) {
-    throw UnreadableImage("not of the size that the header says");
-  }
   replaceConstantLuminance(*decoder_->image);
+  const avifImage& picture = *decoder_->image;
   Image image = render(picture);
   if (picture.yuvFormat == AVIF_PIXEL_FORMAT_YUV400 && isGrayProfile(iccOf(picture))) {
     const auto gray = colorSpaceOf(picture, ColorSpace::Model::gray);
