@@ -8,9 +8,7 @@
 #include "platform/imageio/HEVCEncoder.h"
 #include "platform/imageio/ImageLimits.h"
 
-// libheif counts its versions in decimal digits up to 1.15 and in plain numbers after it; its own
-// LIBHEIF_HAVE_VERSION cannot tell them apart.
-#define ORVANE_LIBHEIF_HAS_CONVERSION_OPTIONS (LIBHEIF_NUMERIC_VERSION >= 0x01100000)
+// From libheif 1.19 on. The version has a byte for each of its three numbers.
 #define ORVANE_LIBHEIF_HAS_SECURITY_LIMITS (LIBHEIF_NUMERIC_VERSION >= 0x01130000)
 
 namespace orvane::HEIFLibrary {
@@ -57,11 +55,6 @@ HEIFDecodingOptions makeDecodingOptions() {
   HEIFDecodingOptions options(heif_decoding_options_alloc());
   if (options == nullptr) throw std::bad_alloc();
   options->strict_decoding = 1;
-#if ORVANE_LIBHEIF_HAS_CONVERSION_OPTIONS
-  options->color_conversion_options.preferred_chroma_upsampling_algorithm =
-      heif_chroma_upsampling_bilinear;
-  options->color_conversion_options.only_use_preferred_chroma_algorithm = 1;
-#endif
   return options;
 }
 

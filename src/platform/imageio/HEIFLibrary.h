@@ -41,7 +41,8 @@ void check(const heif_error& error);
 /// threads. HEVC is decoded by `hevcDecoder` and encoded by `hevcEncoder`. Throws std::bad_alloc.
 HEIFContext makeContext();
 
-/// Strict, with irot, imir and clap applied, and with the smoothest chroma that this libheif has.
+/// Strict, with irot, imir and clap applied. Chroma is upsampled by repeating it, which libheif
+/// does unless told otherwise: its bilinear way gives wrong colours along the borders (1.19).
 /// Throws std::bad_alloc.
 HEIFDecodingOptions makeDecodingOptions();
 

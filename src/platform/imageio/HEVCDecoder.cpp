@@ -2,6 +2,7 @@
 
 #include <libde265/de265.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -39,11 +40,6 @@ heif_error guarded(Work work) {
   return {heif_error_Decoder_plugin_error, heif_suberror_Unspecified, reason};
 }
 
-struct ContextFreer {
-  void operator()(de265_decoder_context* context) const { de265_free_decoder(context); }
-};
-using ContextHandle = std::unique_ptr<de265_decoder_context, ContextFreer>;
-
 // MARK: Input
 
 /// NAL units, each after its length in four bytes.
@@ -61,31 +57,12 @@ std::vector<ByteView> splitUnits(ByteView data) {
   return units;
 }
 
-void checkSize(ByteView sequenceParameters) {
-  const auto size = HEVCStream::pictureSize(sequenceParameters);
-  if (!size) throw Refusal{"a sequence parameter set is cut short"};
-  ImageLimits::check(size->width, size->height, 4);
-}
-
-void pushUnit(de265_decoder_context* context, ByteView unit) {
-  const de265_error error =
-      de265_push_NAL(context, unit.data(), static_cast<int>(unit.size()), 0, nullptr);
-  if (error != DE265_OK) throw Refusal{de265_get_error_text(error)};
-}
-
-/// Pushes the units of one picture, its last slice without its end.
-void pushPicture(de265_decoder_context* context, ByteView data) {
-  const std::vector<ByteView> units = splitUnits(data);
-  std::size_t lastSlice = units.size();
-  for (std::size_t i = 0; i < units.size(); ++i) {
-    const HEVCStream::UnitKind kind = HEVCStream::kind(units[i]);
-    if (kind == HEVCStream::UnitKind::slice) lastSlice = i;
-    if (kind == HEVCStream::UnitKind::sequenceParameters) checkSize(units[i]);
-  }
-  if (lastSlice == units.size()) throw Refusal{"no slice"};
-  const Bytes endless = HEVCStream::withoutEnd(units[lastSlice]);
-  for (std::size_t i = 0; i < units.size(); ++i) {
-    pushUnit(context, i == lastSlice ? endless : units[i]);
+void checkSizes(const std::vector<ByteView>& units) {
+  for (const ByteView unit : units) {
+    if (HEVCStream::kind(unit) != HEVCStream::UnitKind::sequenceParameters) continue;
+    const auto size = HEVCStream::pictureSize(unit);
+    if (!size) throw Refusal{"a sequence parameter set is cut short"};
+    ImageLimits::check(size->width, size->height, 4);
   }
 }
 
@@ -147,45 +124,79 @@ HEIFImage converted(const de265_image* from) {
 
 // MARK: Decoding
 
-/// Takes the decoder's complaints. True when one of them is of a slice that does not end with the
-/// picture. Messages beside the picture (SEI) that are not understood do it no harm; anything else
-/// is damage.
-bool takeWarnings(de265_decoder_context* context) {
-  bool endMissing = false;
-  for (;;) {
-    const de265_error warning = de265_get_warning(context);
-    switch (warning) {
-      case DE265_OK:
-        return endMissing;
-      case DE265_WARNING_CTB_OUTSIDE_IMAGE_AREA:
-        endMissing = true;
-        break;
-      case DE265_ERROR_CANNOT_PROCESS_SEI:
-      case DE265_WARNING_SPS_MISSING_CANNOT_DECODE_SEI:
-        break;
-      default:
-        throw Refusal{de265_get_error_text(warning)};
-    }
+struct ContextFreer {
+  void operator()(de265_decoder_context* context) const { de265_free_decoder(context); }
+};
+using ContextHandle = std::unique_ptr<de265_decoder_context, ContextFreer>;
+
+ContextHandle contextWith(const std::vector<ByteView>& units) {
+  ContextHandle context(de265_new_decoder());
+  if (context == nullptr) throw std::bad_alloc();
+  for (const ByteView unit : units) {
+    const de265_error error =
+        de265_push_NAL(context.get(), unit.data(), static_cast<int>(unit.size()), 0, nullptr);
+    if (error != DE265_OK) throw Refusal{de265_get_error_text(error)};
   }
+  if (de265_flush_data(context.get()) != DE265_OK) throw std::bad_alloc();
+  return context;
 }
 
-/// The one picture that has been pushed.
-HEIFImage decodePicture(de265_decoder_context* context) {
-  de265_flush_data(context);
-  HEIFImage picture;
-  bool complete = false;
+/// Messages beside the picture (SEI) that are not understood do it no harm.
+bool isHarmless(de265_error warning) {
+  return warning == DE265_ERROR_CANNOT_PROCESS_SEI ||
+         warning == DE265_WARNING_SPS_MISSING_CANNOT_DECODE_SEI;
+}
+
+/// Decodes all that has been pushed; every picture and every warning goes to its handler.
+template <class PictureHandler, class WarningHandler>
+void decodeAll(de265_decoder_context* context, PictureHandler onPicture, WarningHandler onWarning) {
   for (int more = 1; more != 0;) {
     const de265_error error = de265_decode(context, &more);
     if (error != DE265_OK) throw Refusal{de265_get_error_text(error)};
-    complete |= takeWarnings(context);
-    const de265_image* decoded = de265_get_next_picture(context);
-    if (decoded == nullptr) continue;
-    if (picture != nullptr) throw Refusal{"more than one picture"};
-    picture = converted(decoded);
+    for (de265_error warning = de265_get_warning(context); warning != DE265_OK;
+         warning = de265_get_warning(context)) {
+      if (!isHarmless(warning)) onWarning(warning);
+    }
+    if (const de265_image* picture = de265_get_next_picture(context)) onPicture(picture);
   }
-  if (picture == nullptr) throw Refusal{"no picture"};
+}
+
+/// The one picture that the units hold. Sees damage by what the decoder complains of, and by the
+/// picture's checksum where there is one.
+HEIFImage decodePicture(const std::vector<ByteView>& units) {
+  const ContextHandle context = contextWith(units);
+  de265_set_parameter_bool(context.get(), DE265_DECODER_PARAM_BOOL_SEI_CHECK_HASH, 1);
+  HEIFImage result;
+  decodeAll(
+      context.get(),
+      [&](const de265_image* picture) {
+        if (result != nullptr) throw Refusal{"more than one picture"};
+        result = converted(picture);
+      },
+      [](de265_error warning) { throw Refusal{de265_get_error_text(warning)}; });
+  if (result == nullptr) throw Refusal{"no picture"};
+  return result;
+}
+
+/// Damage often looks like the end of a slice, and what then is missing of the picture libde265
+/// does not miss. So the units are decoded once more without the end of the last slice, and without
+/// the filters, which takes less than the first time: now it must complain.
+void checkCompleteness(std::vector<ByteView> units) {
+  const auto lastSlice = std::find_if(units.rbegin(), units.rend(), [](ByteView unit) {
+    return HEVCStream::kind(unit) == HEVCStream::UnitKind::slice;
+  });
+  if (lastSlice == units.rend()) throw Refusal{"no slice"};
+  const Bytes endless = HEVCStream::withoutEnd(*lastSlice);
+  *lastSlice = endless;
+
+  const ContextHandle context = contextWith(units);
+  de265_set_parameter_bool(context.get(), DE265_DECODER_PARAM_DISABLE_DEBLOCKING, 1);
+  de265_set_parameter_bool(context.get(), DE265_DECODER_PARAM_DISABLE_SAO, 1);
+  bool complete = false;
+  decodeAll(
+      context.get(), [](const de265_image*) {},
+      [&](de265_error warning) { complete |= warning == DE265_WARNING_CTB_OUTSIDE_IMAGE_AREA; });
   if (!complete) throw Refusal{"the last slice ends too soon"};
-  return picture;
 }
 
 // MARK: Plugin
@@ -196,25 +207,32 @@ int supports(heif_compression_format format) {
   return format == heif_compression_HEVC ? priority : 0;
 }
 
+/// The units of one picture, as libheif has pushed them.
+using Decoder = Bytes;
+
 heif_error newDecoder(void** decoder) {
-  return guarded([&] {
-    ContextHandle context(de265_new_decoder());
-    if (context == nullptr) throw std::bad_alloc();
-    de265_set_parameter_bool(context.get(), DE265_DECODER_PARAM_BOOL_SEI_CHECK_HASH, 1);
-    *decoder = context.release();
-  });
+  return guarded([&] { *decoder = new Decoder; });
 }
 
-void freeDecoder(void* decoder) { ContextFreer()(decoder); }
+void freeDecoder(void* decoder) { delete static_cast<Decoder*>(decoder); }
 
-/// libheif pushes all of a picture at once.
 heif_error pushData(void* decoder, const void* data, size_t size) {
-  return guarded([&] { pushPicture(decoder, {static_cast<const std::uint8_t*>(data), size}); });
+  return guarded([&] {
+    auto& units = *static_cast<Decoder*>(decoder);
+    const auto* bytes = static_cast<const std::uint8_t*>(data);
+    units.insert(units.end(), bytes, bytes + size);
+  });
 }
 
 heif_error decodeImage(void* decoder, heif_image** image) {
   *image = nullptr;
-  return guarded([&] { *image = decodePicture(decoder).release(); });
+  return guarded([&] {
+    const std::vector<ByteView> units = splitUnits(*static_cast<Decoder*>(decoder));
+    checkSizes(units);
+    HEIFImage picture = decodePicture(units);
+    checkCompleteness(units);
+    *image = picture.release();
+  });
 }
 
 }  // namespace

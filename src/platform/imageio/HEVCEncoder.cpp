@@ -23,7 +23,7 @@ constexpr int priority = 200;
 constexpr int minimumSide = 64;
 
 /// Alpha at this quantisation parameter is rarely off by more than one.
-constexpr int alphaQuantizer = 6;
+constexpr int alphaQuantizer = 10;
 
 constexpr heif_error success{heif_error_Ok, heif_suberror_Unspecified, "Success"};
 

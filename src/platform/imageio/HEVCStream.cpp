@@ -120,12 +120,13 @@ std::optional<PictureSize> pictureSize(ByteView sequenceParameters) {
 Bytes withoutEnd(ByteView slice) {
   Bytes payload = unescaped(slice);
   const auto isSet = [&](std::size_t bit) { return (payload[bit / 8] >> (7 - bit % 8) & 1) != 0; };
-  std::size_t stopBit = payload.size() * 8 - 1;
-  while (stopBit > 0 && !isSet(stopBit)) --stopBit;
-
-  constexpr std::size_t registerBits = 9;
-  if (stopBit < unitHeaderSize * 8 + registerBits) return payload;
-  for (std::size_t bit = stopBit - 1; bit > stopBit - registerBits; --bit) {
+  std::size_t bit = payload.size() * 8;  // the stop bit, once it is found
+  do {
+    if (bit <= (unitHeaderSize + 2) * 8) return payload;
+    --bit;
+  } while (!isSet(bit));
+  for (int i = 1; i < 9; ++i) {
+    --bit;
     const bool borrow = !isSet(bit);
     payload[bit / 8] ^= static_cast<std::uint8_t>(0x80 >> bit % 8);
     if (!borrow) break;
