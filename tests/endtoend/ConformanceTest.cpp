@@ -2,11 +2,14 @@
 // upright at the size that stands there, or refused. One test per folder of pictures, so that they
 // run at the same time and a failure says where.
 
+#include <avif/avif.h>
 #include <gtest/gtest.h>
+#include <jxl/decode.h>
+#include <libheif/heif_version.h>
 
 #include <algorithm>
 #include <fstream>
-#include <map>
+#include <iterator>
 #include <optional>
 #include <set>
 #include <sstream>
@@ -67,19 +70,57 @@ std::optional<std::string> decodedSize(const std::string& path) try {
   return std::nullopt;
 }
 
-/// Rows that this system decides otherwise, each with its reason.
-const std::map<std::string, std::string> exceptions{};
+/// A row that this system decides otherwise.
+struct Exception {
+  std::string_view path;
+  std::string_view size;  ///< what it decodes at; empty when it is refused
+  std::string_view reason;
+  bool applies = true;
+};
+
+const bool oldLibavif = AVIF_VERSION < 1'00'00'00;
+const bool oldLibheif = LIBHEIF_NUMERIC_VERSION < 0x01'13'00'00;
+const bool oldLibjxl = JxlDecoderVersion() < 8000;
+
+const Exception exceptions[]{
+    {"heic/nokia/alpha.heic", "", "overlays are refused"},
+    {"heic/nokia/C005.heic", "128x72", "the primary item is what is shown, though a thumbnail"},
+    {"heic/pillow/invalid_id.heic", "1197x1227", "the primary item is what is shown"},
+    {"heic/nokia/C008.heic", "", "libheif 1.15 finds no data in identity derivations", oldLibheif},
+    {"heic/nokia/C014.heic", "", "libheif 1.15 finds no data in identity derivations", oldLibheif},
+    {"heic/nokia/C039.heic", "", "libheif 1.15 finds no data in identity derivations", oldLibheif},
+    {"avif/libavif/clap_irot_imir_non_essential.avif", "10x8",
+     "libavif 0.11 does not ask whether a transformation is marked essential", oldLibavif},
+    {"avif/libavif/colors-animated-8bpc-audio.avif", "",
+     "libavif 0.11 wants a size of the sound track too", oldLibavif},
+    {"avif/libavif/draw_points_idat_metasize0.avif", "",
+     "libavif 0.11 knows no meta box that goes to the end of the file", oldLibavif},
+    {"avif/libavif/draw_points_idat_progressive_metasize0.avif", "",
+     "libavif 0.11 knows no meta box that goes to the end of the file", oldLibavif},
+    {"jxl/conformance/cmyk_layers.jxl", "", "pictures with a black channel are refused"},
+    {"jxl/libjxl-testdata/splines.jxl", "", "libjxl 0.7 has a lower limit for splines", oldLibjxl},
+    {"other/misnamed/jxl-named.png", "", "libjxl 0.7 has a lower limit for splines", oldLibjxl},
+    {"jxl/libjxl-testdata/square-extended-size-container.jxl", "",
+     "libjxl 0.7 takes the box of 64-bit size for cut off", oldLibjxl},
+};
+
+const Exception* exceptionFor(const Row& row) {
+  const auto* found = std::ranges::find(exceptions, row.path, &Exception::path);
+  return found != std::end(exceptions) && found->applies ? found : nullptr;
+}
 
 /// What is wrong with the way the file ended; empty when nothing is.
 std::string complaint(const Row& row, const std::optional<std::string>& size) {
-  if (exceptions.contains(row.path)) return "";
-  if (row.expected == "decodes" && !size) return "refused";
-  if (row.expected.starts_with("must be refused") && size) return "decoded at " + *size;
-  const bool sizeIsKnown = row.displayedSize.find('x') != std::string::npos;
-  if (size && sizeIsKnown && *size != row.displayedSize) {
-    return *size + " in place of " + row.displayedSize;
+  const std::string ended = size ? "decoded at " + *size : "refused";
+  if (const Exception* exception = exceptionFor(row)) {
+    const bool asExcepted = size.value_or("") == exception->size;
+    return asExcepted ? "" : ended + ", though " + std::string(exception->reason);
   }
-  return "";
+  const bool mustDecode = row.expected == "decodes";
+  const bool mustBeRefused = row.expected.starts_with("must be refused");
+  if ((mustDecode && !size) || (mustBeRefused && size)) return ended;
+  const bool sizeIsKnown = row.displayedSize.find('x') != std::string::npos;
+  return size && sizeIsKnown && *size != row.displayedSize ? ended : "";
 }
 
 class Conformance : public testing::TestWithParam<const char*> {};
