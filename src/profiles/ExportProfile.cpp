@@ -17,9 +17,8 @@ std::string encoded(const ExportProfile& profile) {
                        ",\"name\":" + JSONText::string(profile.name) +
                        ",\"format\":" + JSONText::string(profile.format.rawValue()) +
                        ",\"quality\":" + JSONText::number(profile.quality);
-  if (profile.destinationFolder) {
-    object +=
-        ",\"destinationFolder\":" + JSONText::string(profile.destinationFolder->folderURLString());
+  if (profile.destinationFolderURL) {
+    object += ",\"destinationFolder\":" + JSONText::string(*profile.destinationFolderURL);
   }
   return object + ",\"isDefault\":" + (profile.isDefault ? "true" : "false") + "}";
 }
@@ -56,12 +55,6 @@ bool isURL(std::string_view text) {
   return !text.empty();
 }
 
-std::optional<FileURL> decodedFolder(const std::string& url) {
-  const auto folder = FileURL::fromURLString(url);
-  if (!folder && !isURL(url)) throw UnusableValue();
-  return folder;
-}
-
 /// Throws json::exception for a missing key and a wrong type, UnusableValue for the rest.
 ExportProfile decoded(const json& object) {
   ExportProfile profile{
@@ -70,7 +63,10 @@ ExportProfile decoded(const json& object) {
       .format = orUnusable(ImageFormat::fromRawValue(object.at("format").get<std::string>())),
       .quality = object.at("quality").get<double>()};
   if (const json* url = find(object, "destinationFolder")) {
-    profile.destinationFolder = decodedFolder(url->get<std::string>());
+    profile.destinationFolderURL = url->get<std::string>();
+    if (!profile.destinationFolder() && !isURL(*profile.destinationFolderURL)) {
+      throw UnusableValue();
+    }
   }
   if (const json* flag = find(object, "isDefault")) profile.isDefault = flag->get<bool>();
   return profile;
@@ -80,6 +76,10 @@ ExportProfile decoded(const json& object) {
 
 bool ExportProfile::isNamed(std::string_view otherName) const {
   return Text::equalsIgnoringCase(name, otherName);
+}
+
+std::optional<FileURL> ExportProfile::destinationFolder() const {
+  return destinationFolderURL ? FileURL::fromURLString(*destinationFolderURL) : std::nullopt;
 }
 
 std::optional<std::string> encodeProfiles(std::span<const ExportProfile> profiles) {

@@ -19,11 +19,15 @@ struct ExportProfile {
   std::string name;
   ImageFormat format;
   double quality;  ///< perceptual, 1…100
-  std::optional<FileURL> destinationFolder;
+  /// As the file has it, for another program may know what it means where this one does not.
+  std::optional<std::string> destinationFolderURL;
   bool isDefault = false;  ///< where several are, the first in the list counts
 
   /// Whether people would call this profile `otherName`: letter case does not count, blanks do.
   bool isNamed(std::string_view otherName) const;
+
+  /// Nothing without a URL, and where the URL is not that of a file of this machine.
+  std::optional<FileURL> destinationFolder() const;
 
   bool operator==(const ExportProfile&) const = default;
 };
@@ -32,8 +36,7 @@ struct ExportProfile {
 std::optional<std::string> encodeProfiles(std::span<const ExportProfile> profiles);
 
 /// The profiles of a JSON array in UTF-8, whatever its layout, its order of keys, and keys unknown
-/// here. Nothing when any part of it is malformed, missing or of the wrong type. A folder whose
-/// address is a valid URL but not that of a file counts as none.
+/// here. Nothing when any part of it is malformed, missing or of the wrong type.
 std::optional<std::vector<ExportProfile>> decodeProfiles(ByteView bytes);
 
 }  // namespace orvane

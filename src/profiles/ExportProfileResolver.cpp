@@ -37,7 +37,7 @@ Resolution resolve(const std::optional<std::string>& profileName,
                    const std::optional<FileURL>& explicitOutputDirectory) {
   Resolution resolution;
   if (const auto profile = chosenProfile(profileName)) {
-    resolution = {profile->format, profile->quality, profile->destinationFolder};
+    resolution = {profile->format, profile->quality, profile->destinationFolder()};
   }
   resolution.format = explicitFormat.value_or(resolution.format);
   resolution.quality = explicitQuality.value_or(resolution.quality);

@@ -37,16 +37,18 @@ double parsedQuality(const OptionalText& typed) {
   return *quality;
 }
 
-std::optional<FileURL> parsedFolder(const OptionalText& typed) {
+OptionalText parsedFolderURL(const OptionalText& typed) {
   if (!typed) return std::nullopt;
-  if (!Files::isFolder(*typed)) {
+  const FileURL folder = FileURL::fromPath(*typed);
+  // In a current folder that is gone, the path stays relative and would mean nothing elsewhere.
+  if (!Files::isFolder(*typed) || !folder.path().starts_with('/')) {
     throw ProfileCommandError("--output doit être un dossier existant : " + *typed);
   }
-  return FileURL::fromPath(*typed);
+  return folder.folderURLString();
 }
 
 /// Puts `profile` in the place of the first one of its name, whose identity and mark it takes, or
-/// at the end. Returns it as it stands in the list.
+/// at the end.
 void insert(ExportProfile profile, std::vector<ExportProfile>& profiles) {
   const auto found = std::ranges::find_if(
       profiles, [&](const ExportProfile& other) { return other.isNamed(profile.name); });
@@ -63,7 +65,7 @@ std::string confirmation(const ExportProfile& profile) {
   std::string text = "Profil « " + profile.name + " » enregistré (" +
                      std::string(profile.format.rawValue()) + ", qualité " +
                      std::to_string(static_cast<int>(profile.quality));
-  if (profile.destinationFolder) text += ", dossier " + profile.destinationFolder->path();
+  if (const auto folder = profile.destinationFolder()) text += ", dossier " + folder->path();
   return text + ").";
 }
 
@@ -76,7 +78,7 @@ std::string createProfile(const std::string& name, const OptionalText& formatRaw
                               .name = parsedName(name),
                               .format = parsedFormat(formatRaw),
                               .quality = parsedQuality(qualityRaw),
-                              .destinationFolder = parsedFolder(outputRaw)};
+                              .destinationFolderURL = parsedFolderURL(outputRaw)};
   auto profiles = JSONFileStore::loadProfiles();
   insert(profile, profiles);
   JSONFileStore::save(profiles, JSONFileStore::profilesFilename);

@@ -154,7 +154,7 @@ TEST_F(OptionsTest, areFilledInByProfilesBeneathWhatIsExplicit) {
            .name = "Défaut",
            .format = ImageFormat::webp,
            .quality = 60,
-           .destinationFolder = FileURL::fromPath("/F"),
+           .destinationFolderURL = FileURL::fromPath("/F").folderURLString(),
            .isDefault = true},
           {.id = UUID::random(), .name = "Web", .format = ImageFormat::png, .quality = 50}},
       JSONFileStore::profilesFilename);

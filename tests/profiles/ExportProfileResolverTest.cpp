@@ -23,7 +23,7 @@ struct ExportProfileResolverTest : test::ProfileStoreTest {
 
   ExportProfile defaultProfile() const {
     ExportProfile result = profile("Défaut", ImageFormat::webp, 60);
-    result.destinationFolder = folderF;
+    result.destinationFolderURL = folderF.folderURLString();
     result.isDefault = true;
     return result;
   }

@@ -41,7 +41,7 @@ TEST(ExportProfile, isWrittenOnOneLineInTheOrderOfItsKeys) {
   profile.name = "Été \"1/2\"";
   profile.format = ImageFormat::jpeg;
   profile.quality = 62.5;
-  profile.destinationFolder = FileURL::fromPath("/Users/me/Exports d'été");
+  profile.destinationFolderURL = FileURL::fromPath("/Users/me/Exports d'été").folderURLString();
   profile.isDefault = true;
   EXPECT_EQ(encodeProfiles(std::vector{profile, web()}),
             R"([{"id":"6BA7B810-9DAD-11D1-80B4-00C04FD430C8","name":"Été \"1\/2\"",)"
@@ -66,7 +66,7 @@ TEST(ExportProfile, isReadBackAsItWasWritten) {
                         .name = "n/\"\\\n\u0001é",
                         .format = format,
                         .quality = 33.3,
-                        .destinationFolder = FileURL::fromPath("/a b/%/\xFF"),
+                        .destinationFolderURL = FileURL::fromPath("/a b/%/\xFF").folderURLString(),
                         .isDefault = format == ImageFormat::avif});
   }
   profiles.push_back(web());
@@ -75,7 +75,7 @@ TEST(ExportProfile, isReadBackAsItWasWritten) {
 
 TEST(ExportProfile, isReadInAnyOrderAndLayoutWithUnknownKeys) {
   ExportProfile expected = web();
-  expected.destinationFolder = FileURL::fromPath("/Users/me");
+  expected.destinationFolderURL = FileURL::fromPath("/Users/me").folderURLString();
   expected.isDefault = true;
   EXPECT_EQ(decodeOne("\n{\t\"isDefault\" : true , \"colour\": [{\"a\": null}],\r\n"
                       "\"destinationFolder\":\"file:///Users/me/\", \"quality\" : 8.0e1,"
@@ -107,17 +107,30 @@ TEST(ExportProfile, takesTheLastOfTwoEqualKeys) {
 
 TEST(ExportProfile, readsEveryFileURL) {
   const auto folder = [](const std::string& url) {
-    return decodeOne(elementWith(R"("destinationFolder":")" + url + "\"")).destinationFolder;
+    return decodeOne(elementWith(R"("destinationFolder":")" + url + "\"")).destinationFolder();
   };
   EXPECT_EQ(folder(R"(file:\/\/\/a%20b)"), FileURL::fromPath("/a b"));
   EXPECT_EQ(folder("file://localhost/a/"), FileURL::fromPath("/a"));
   EXPECT_EQ(folder("file:///"), FileURL::fromPath("/"));
 }
 
-TEST(ExportProfile, hasNoFolderWhereTheURLIsNotAFile) {
+TEST(ExportProfile, hasNoFolderWhereTheURLIsNotAFileOfThisMachine) {
   for (const std::string url :
-       {"smb://server/share/", "https://example.com/a?b=c%20#d", "Exports", "/Users/me"}) {
-    EXPECT_EQ(decodeOne(elementWith(R"("destinationFolder":")" + url + "\"")), web()) << url;
+       {"smb://server/share/", "https://example.com/a?b=c%20#d", "file://server/share/x", "Exports",
+        "/Users/me", "file:///a%00b/"}) {
+    const ExportProfile profile = decodeOne(elementWith(R"("destinationFolder":")" + url + "\""));
+    EXPECT_EQ(profile.destinationFolderURL, url);
+    EXPECT_EQ(profile.destinationFolder(), std::nullopt) << url;
+  }
+}
+
+TEST(ExportProfile, keepsTheURLOfItsFolderAsItWasRead) {
+  for (const std::string url :
+       {"smb://server/share/", "file://server/share/x", "Exports", "file:///a%00b/", "file:///x",
+        "FILE://localhost/%7Eme/", "file:///été 1/"}) {
+    ExportProfile profile = web();
+    profile.destinationFolderURL = url;
+    EXPECT_EQ(decode(*encodeProfiles(std::vector{profile})), std::vector{profile}) << url;
   }
 }
 

@@ -22,7 +22,7 @@ std::vector<ExportProfile> twoProfiles() {
            .name = "Archive",
            .format = ImageFormat::jxl,
            .quality = 90.5,
-           .destinationFolder = FileURL::fromPath("/archive"),
+           .destinationFolderURL = FileURL::fromPath("/archive").folderURLString(),
            .isDefault = true}};
 }
 

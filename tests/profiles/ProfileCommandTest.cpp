@@ -35,8 +35,19 @@ TEST_F(ProfileCommandTest, storesAFolderAsAnAbsolutePath) {
   std::filesystem::create_directory(parent / "archive");
   EXPECT_EQ(createProfile("Archive", "jxl", "90.75", (parent / "archive") + "/"),
             "Profil « Archive » enregistré (jxl, qualité 90, dossier " + parent / "archive" + ").");
-  EXPECT_EQ(loadProfiles()[0].destinationFolder, FileURL::fromPath(parent / "archive"));
+  EXPECT_EQ(loadProfiles()[0].destinationFolder(), FileURL::fromPath(parent / "archive"));
   EXPECT_EQ(loadProfiles()[0].quality, 90.75);
+}
+
+TEST_F(ProfileCommandTest, storesNoFolderWithoutAnAbsolutePath) {
+  const auto former = std::filesystem::current_path();
+  const test::TemporaryFolder current;
+  std::filesystem::current_path(current.path());
+  std::filesystem::remove(current.path());
+  EXPECT_EQ(errorOf([] { createProfile("Web", "webp", "80", "."); }),
+            "--output doit être un dossier existant : .");
+  std::filesystem::current_path(former);
+  EXPECT_TRUE(loadProfiles().empty());
 }
 
 TEST_F(ProfileCommandTest, replacesTheFirstProfileOfThatNameWhereItStands) {
@@ -46,7 +57,7 @@ TEST_F(ProfileCommandTest, replacesTheFirstProfileOfThatNameWhereItStands) {
                           .name = "Web",
                           .format = ImageFormat::webp,
                           .quality = 80,
-                          .destinationFolder = FileURL::fromPath("/F"),
+                          .destinationFolderURL = FileURL::fromPath("/F").folderURLString(),
                           .isDefault = true};
   const ExportProfile otherWeb{
       .id = UUID::random(), .name = "WEB", .format = ImageFormat::avif, .quality = 2};

@@ -1,6 +1,5 @@
 #include "platform/foundation/FileURL.h"
 
-#include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <system_error>
@@ -71,9 +70,14 @@ std::optional<FileURL> FileURL::fromURLString(std::string_view url) {
   constexpr std::string_view scheme = "file:";
   if (Text::lowercased(url.substr(0, scheme.size())) != scheme) return std::nullopt;
   url.remove_prefix(scheme.size());
-  // A file has no query and no fragment; its host, where one is named, is this machine.
+  // A file has no query and no fragment.
   url = url.substr(0, url.find_first_of("?#"));
-  if (url.starts_with("//")) url.remove_prefix(std::min(url.find('/', 2), url.size()));
+  if (url.starts_with("//")) {
+    url.remove_prefix(2);
+    const std::string_view host = url.substr(0, url.find('/'));
+    if (!host.empty() && Text::lowercased(host) != "localhost") return std::nullopt;
+    url.remove_prefix(host.size());
+  }
   if (!url.starts_with('/')) return std::nullopt;
   const auto path = percentDecoded(url);
   if (!path) return std::nullopt;

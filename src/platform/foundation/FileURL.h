@@ -13,7 +13,7 @@ class FileURL {
   /// absolute one stays as typed, less a trailing slash. The empty path is the current folder.
   static FileURL fromPath(std::string_view path);
 
-  /// A "file:" URL (RFC 8089), percent-decoded; nothing when it is no such URL.
+  /// A "file:" URL (RFC 8089) of this machine, percent-decoded; nothing when it is no such URL.
   static std::optional<FileURL> fromURLString(std::string_view url);
 
   /// Absolute, without a trailing slash (but for "/" itself).

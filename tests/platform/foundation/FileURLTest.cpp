@@ -116,6 +116,7 @@ TEST(FileURL, readsEveryFormOfFileURL) {
   EXPECT_EQ(path("file:///a/b"), "/a/b");
   EXPECT_EQ(path("file:/x"), "/x");
   EXPECT_EQ(path("file://localhost/x"), "/x");
+  EXPECT_EQ(path("file://LocalHost/x"), "/x");
   EXPECT_EQ(path("FILE:///x"), "/x");
   EXPECT_EQ(path("file:///%c3%A9"), "/é");
   EXPECT_EQ(path("file:///a b"), "/a b");
@@ -124,8 +125,9 @@ TEST(FileURL, readsEveryFormOfFileURL) {
 }
 
 TEST(FileURL, readsNothingElse) {
-  for (const char* text : {"", "file", "file:", "file://", "file://localhost", "file:x", "http://x",
-                           "http:///x", "/x", "x", " file:///x"}) {
+  for (const char* text :
+       {"", "file", "file:", "file://", "file://localhost", "file:x", "file://server/x",
+        "file://localhost.example/x", "http://x", "http:///x", "/x", "x", " file:///x"}) {
     EXPECT_FALSE(FileURL::fromURLString(text).has_value()) << text;
   }
 }
