@@ -12,9 +12,10 @@ namespace {
 
 constexpr mode_t defaultPermissions = 0666;
 
+/// Of the file behind a symbolic link, for those of a link say nothing.
 std::optional<mode_t> permissionsOfRegularFile(const std::string& path) {
   struct stat status = {};
-  if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
   return status.st_mode & 0777;
 }
 

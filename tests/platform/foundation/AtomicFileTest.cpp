@@ -151,6 +151,21 @@ TEST(AtomicFile, replacesASymbolicLinkItself) {
   EXPECT_EQ(content(folder / "target"), "old");
 }
 
+TEST(AtomicFile, takesThePermissionsOfTheFileBehindASymbolicLink) {
+  const Umask mask(022);
+  const TemporaryFolder folder;
+  writeFile(folder / "target", "old");
+  chmod((folder / "target").c_str(), 0600);
+  std::filesystem::create_symlink("target", folder / "link");
+  EXPECT_EQ(writingError(folder / "link"), 0);
+  EXPECT_FALSE(std::filesystem::is_symlink(folder / "link"));
+  EXPECT_EQ(permissions(folder / "link"), 0600u);
+
+  std::filesystem::create_symlink("nowhere", folder / "broken");
+  EXPECT_EQ(writingError(folder / "broken"), 0);
+  EXPECT_EQ(permissions(folder / "broken"), 0644u);
+}
+
 TEST(AtomicFile, replacesNoFolder) {
   const TemporaryFolder folder;
   std::filesystem::create_directory(folder / "sub");
