@@ -3,7 +3,8 @@
 #include <string_view>
 
 /// The process's two output streams. Bytes that are not UTF-8 are shown as U+FFFD. A stream that
-/// cannot be written to is no error: the exit status says what became of the run.
+/// cannot be written to is no error: the exit status says what became of the run. Only a pipe that
+/// nobody reads any more ends the process, by SIGPIPE.
 namespace orvane::Console {
 
 /// Gives each of the three standard streams that is closed to /dev/null, so that no file which is
