@@ -55,7 +55,7 @@ TEST(ExportFilenameAllocator, fillsTheGapsThatOtherLettersLeft) {
             (Names{"a-3.png", "a.png", "A-2.png", "a-4.png", "A-5.png", "a-6.png"}));
 }
 
-TEST(ExportFilenameAllocator, namesTenThousandFilesOfOneNameInNoTime) {
+TEST(ExportFilenameAllocator, numbersTenThousandFilesOfOneName) {
   ExportFilenameAllocator allocator;
   std::string last;
   for (int i = 0; i < 10'000; ++i) last = allocator.filename("IMG", "jpg");
