@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <clocale>
+#include <csignal>
 #include <exception>
 #include <string>
 #include <vector>
@@ -11,6 +11,7 @@
 #include "cli/Reports.h"
 #include "cli/Usage.h"
 #include "platform/foundation/Files.h"
+#include "platform/foundation/LocalizedString.h"
 #include "profiles/ProfileCommand.h"
 
 namespace orvane {
@@ -51,7 +52,8 @@ ExitStatus runCompression(const std::vector<std::string>& arguments) try {
 }  // namespace orvane
 
 int main(int argc, char** argv) try {
-  std::setlocale(LC_ALL, "");
+  orvane::LocalizedString::takeUsersLocale();
+  std::signal(SIGXFSZ, SIG_IGN);  // a file past the user's size limit fails on its own
   orvane::Console::openClosedStreams();
   const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
   const bool createsProfile = !arguments.empty() && arguments.front() == "--create-profile";

@@ -2,6 +2,7 @@
 // it cannot read.
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -211,6 +212,37 @@ TEST_F(CompressionEndToEnd, failsEachFileWhereTheFolderIsAFile) {
   EXPECT_EQ(tool.folder.names(), (Names{"a.png", "b.png", "out"}));
 }
 
+/// The size past which programs that are started while this lives cannot write a file.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) {
+    getrlimit(RLIMIT_FSIZE, &former_);
+    const rlimit limit{bytes, former_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &former_); }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+ private:
+  rlimit former_ = {};
+};
+
+TEST_F(CompressionEndToEnd, failsOnlyTheFileThatGrowsPastTheUsersLimit) {
+  write("large.png", pngFile(test::noisyImage(200, 200)));
+  write("small.png", pngFile(test::gradientImage(8, 8)));
+  ToolRun run;
+  {
+    const FileSizeLimit limit(4096);
+    run = tool.run({"large.png", "small.png", "--output", "out"});
+  }
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.errors, "");
+  const std::string failure = std::string("large.png : échec — ") + std::strerror(EFBIG) + "\n";
+  EXPECT_TRUE(run.output.starts_with(failure + "small.png : ")) << run.output;
+  EXPECT_EQ(namesIn("out"), Names{"small.jpg"});
+}
+
 TEST_F(CompressionEndToEnd, givesInputsOfOneNameTheirOwnOutputs) {
   write("x/photo.png", pngFile(test::gradientImage(8, 8)));
   write("y/photo.jpg", jpegFile(test::gradientImage(9, 9)));
@@ -244,19 +276,27 @@ TEST_F(CompressionEndToEnd, mayReplaceItsOwnInput) {
 }
 
 TEST_F(CompressionEndToEnd, givesTheSameBytesForEveryNumberOfJobs) {
-  Names arguments{"--format", "png", "--output", "out1", "--jobs", "1"};
-  for (int i = 0; i < 6; ++i) {
-    const std::string name = "a" + std::to_string(i) + ".png";
-    write(name, pngFile(test::noisyImage(40 + static_cast<std::size_t>(i), 30)));
-    arguments.push_back(name);
+  Names inputs;
+  for (std::size_t i = 0; i < 5; ++i) {
+    inputs.push_back("a" + std::to_string(i) + ".png");
+    write(inputs.back(), pngFile(test::noisyImage(40 + i, 30)));
   }
-  reportOf(arguments);
-  arguments[3] = "out4";
-  arguments[5] = "4";
-  reportOf(arguments);
-  ASSERT_EQ(namesIn("out1").size(), 6u);
-  for (const std::string& name : namesIn("out1")) {
-    EXPECT_EQ(readFile(tool.folder / ("out1/" + name)), readFile(tool.folder / ("out4/" + name)));
+  for (const ImageFormat format : ImageFormat::allCases) {
+    const std::string name(format.rawValue());
+    const auto compress = [&](const std::string& jobs) {
+      Names arguments{"--format", name, "--output", name + jobs, "--jobs", jobs};
+      arguments.insert(arguments.end(), inputs.begin(), inputs.end());
+      reportOf(arguments);
+      return namesIn(name + jobs);
+    };
+    const Names outputs = compress("1");
+    ASSERT_EQ(outputs.size(), inputs.size());
+    ASSERT_EQ(compress("4"), outputs);
+    for (const std::string& output : outputs) {
+      EXPECT_EQ(readFile(tool.folder / (name + "1/" + output)),
+                readFile(tool.folder / (name + "4/" + output)))
+          << output;
+    }
   }
 }
 

@@ -2,10 +2,23 @@
 
 #include <libintl.h>
 
+#include <clocale>
+
 namespace orvane::LocalizedString {
+namespace {
+
+constexpr const char* catalogue = "orvane-cli";
+constexpr const char* systemCatalogue = "libc";  // of the GNU C library, which strerror looks into
+
+}  // namespace
+
+void takeUsersLocale() {
+  std::setlocale(LC_ALL, "");
+  for (const char* name : {catalogue, systemCatalogue}) bind_textdomain_codeset(name, "UTF-8");
+}
 
 std::string lookUp(const char* key, std::string_view defaultText) {
-  const std::string_view found = dgettext("orvane-cli", key);
+  const std::string_view found = dgettext(catalogue, key);
   return std::string(found == key || found.empty() ? defaultText : found);
 }
 

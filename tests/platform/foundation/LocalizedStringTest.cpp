@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 #include <libintl.h>
 
-#include <clocale>
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
-#include <string_view>
+#include <map>
+#include <string>
 
+#include "platform/foundation/FileError.h"
+#include "support/FrenchLocale.h"
 #include "support/TemporaryFolder.h"
 
 namespace orvane {
@@ -28,53 +31,63 @@ TEST(LocalizedString, takesAValueForItsFirstPlaceholder) {
   EXPECT_EQ(LocalizedString::substituting("", "Web"), "");
 }
 
-/// A message catalogue of one entry, as the GNU gettext manual lays it out ("The Format of GNU MO
-/// Files"), without a hash table.
-std::string catalogue(std::string_view key, std::string_view translation) {
-  std::string file;
-  const auto append = [&](std::size_t word) {
+/// A message catalogue, as the GNU gettext manual lays it out ("The Format of GNU MO Files"),
+/// without a hash table.
+std::string catalogue(std::map<std::string, std::string> translations) {
+  translations[""] = "Content-Type: text/plain; charset=UTF-8\n";
+  std::string words, keys, values;
+  const auto append = [&words](std::size_t word) {
     const auto value = static_cast<std::uint32_t>(word);
-    file.append(reinterpret_cast<const char*>(&value), sizeof value);
+    words.append(reinterpret_cast<const char*>(&value), sizeof value);
   };
-  constexpr std::size_t headerSize = 28, tableSize = 8;
-  constexpr std::size_t strings = headerSize + 2 * tableSize;
-  for (const std::size_t word : {std::size_t{0x950412de}, std::size_t{0}, std::size_t{1},
-                                 headerSize, headerSize + tableSize, std::size_t{0}, strings}) {
+  for (const auto& [key, value] : translations) {
+    keys.append(key).push_back('\0');
+    values.append(value).push_back('\0');
+  }
+  constexpr std::size_t headerSize = 28;
+  const std::size_t tableSize = 8 * translations.size();
+  const std::size_t keyStart = headerSize + 2 * tableSize;
+  for (const std::size_t word : {std::size_t{0x950412de}, std::size_t{0}, translations.size(),
+                                 headerSize, headerSize + tableSize, std::size_t{0}, keyStart}) {
     append(word);
   }
-  append(key.size());
-  append(strings);
-  append(translation.size());
-  append(strings + key.size() + 1);
-  file.append(key).push_back('\0');
-  file.append(translation).push_back('\0');
-  return file;
+  std::size_t at = keyStart;
+  const auto appendEntry = [&](const std::string& text) {
+    append(text.size());
+    append(at);
+    at += text.size() + 1;
+  };
+  for (const auto& [key, value] : translations) appendEntry(key);
+  for (const auto& [key, value] : translations) appendEntry(value);
+  return words + keys + values;
 }
 
-[[noreturn]] void sayTranslation() {
-  const test::TemporaryFolder folder;
-  const auto messages = folder.path() / "xx" / "LC_MESSAGES";
-  std::filesystem::create_directories(messages);
-  test::writeFile(messages / "orvane-cli.mo", catalogue("error.decodingFailed", "Unreadable."));
-  setenv("LANGUAGE", "xx", 1);
-  std::setlocale(LC_ALL, "C.UTF-8");
-  bindtextdomain("orvane-cli", folder.path().c_str());
-  // A newer C library translates nothing in C.UTF-8, and there may be no other locale.
-  const char* key = "error.decodingFailed";
-  if (dgettext("orvane-cli", key) == std::string_view(key)) {
-    std::cerr << "no translations";
-  } else {
-    std::cerr << LocalizedString::lookUp(key, "Impossible.")
-              << LocalizedString::lookUp("no.such.key", "Rien.");
+[[noreturn]] void sayTranslations() {
+  {
+    const test::FrenchLocale locale("ISO-8859-1");
+    const test::TemporaryFolder folder;
+    const auto messages = folder.path() / "xx" / "LC_MESSAGES";
+    std::filesystem::create_directories(messages);
+    test::writeFile(messages / "orvane-cli.mo", catalogue({{"error.decodingFailed", "Raté."}}));
+    test::writeFile(messages / "libc.mo", catalogue({{"Permission denied", "Défendu."}}));
+    setenv("LOCPATH", locale.locpath().c_str(), 1);
+    setenv("LC_ALL", locale.name().c_str(), 1);
+    setenv("LANGUAGE", "xx", 1);
+    LocalizedString::takeUsersLocale();
+    bindtextdomain("orvane-cli", folder.path().c_str());
+    bindtextdomain("libc", folder.path().c_str());
+    std::cerr << LocalizedString::lookUp("error.decodingFailed", "Impossible.")
+              << LocalizedString::lookUp("no.such.key", "Rien.") << FileError(EACCES).what();
   }
-  std::filesystem::remove_all(folder.path());
   std::exit(0);
 }
 
-TEST(LocalizedStringDeathTest, isTheTranslationOfItsKeyWhereACatalogueHasOne) {
+TEST(LocalizedStringDeathTest, isTheTranslationOfItsKeyInUTF8WhereACatalogueHasOne) {
+  if (!test::FrenchLocale("ISO-8859-1").exists()) {
+    GTEST_SKIP() << "no French locale can be compiled here";
+  }
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(sayTranslation(), testing::ExitedWithCode(0),
-              "^(Unreadable\\.Rien\\.|no translations)$");
+  EXPECT_EXIT(sayTranslations(), testing::ExitedWithCode(0), "^Raté\\.Rien\\.Défendu\\.$");
 }
 
 }  // namespace
