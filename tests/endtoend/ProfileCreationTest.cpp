@@ -5,6 +5,7 @@
 #include <regex>
 
 #include "platform/foundation/FileURL.h"
+#include "support/FrenchLocale.h"
 #include "support/RunTool.h"
 
 namespace orvane {
@@ -121,6 +122,22 @@ TEST_F(ProfileCreationEndToEnd, replacesAProfileOfThatNameAndKeepsTheOthers) {
                 R"(,{"id":"<new>","name":"ete","format":"avif","quality":3,"isDefault":false}])");
 }
 
+TEST_F(ProfileCreationEndToEnd, leavesFoldersThatOnlyOtherProgramsKnow) {
+  std::string others;
+  for (const std::string url : {"smb:\\/\\/server\\/share\\/", "file:\\/\\/server\\/share\\/x",
+                                "Exports", "file:\\/\\/\\/a%00b\\/"}) {
+    others += R"({"id":"6BA7B810-9DAD-11D1-80B4-00C04FD430C8","name":"A","format":"png",)"
+              R"("quality":1,"destinationFolder":")" +
+              url + R"(","isDefault":false},)";
+  }
+  writeProfiles("[" + others.substr(0, others.size() - 1) + "]");
+  expectCreated({"Web", "--format", "png", "--quality", "80"},
+                "Profil « Web » enregistré (png, qualité 80).");
+  EXPECT_EQ(profilesWithoutNewIDs(),
+            "[" + others +
+                R"({"id":"<new>","name":"Web","format":"png","quality":80,"isDefault":false}])");
+}
+
 TEST_F(ProfileCreationEndToEnd, replacesABrokenFile) {
   for (const std::string broken : {"", "{}", "[{\"name\":\"Web\"}]", "\xFF"}) {
     writeProfiles(broken);
@@ -217,7 +234,10 @@ TEST_F(ProfileCreationEndToEnd, savesBelowTheHomeFolderByDefault) {
 }
 
 TEST_F(ProfileCreationEndToEnd, writesNumbersInTheCLocale) {
-  tool.environment["LC_ALL"] = "fr_FR.UTF-8";
+  const test::FrenchLocale locale("UTF-8");
+  if (!locale.exists()) GTEST_SKIP() << "no French locale can be compiled here";
+  tool.environment["LOCPATH"] = locale.locpath();
+  tool.environment["LC_ALL"] = locale.name();
   expectCreated({"Web", "--format", "png", "--quality", "62.5"},
                 "Profil « Web » enregistré (png, qualité 62).");
   EXPECT_NE(profilesText().find("\"quality\":62.5,"), std::string::npos);

@@ -78,14 +78,15 @@ TEST(SharedProfileFile, keepsItsMode) {
   EXPECT_EQ(fs::status(tool.profileFile()).permissions(), mode);
 }
 
-[[noreturn]] void createProfileAsNobodyKnown() {
+/// Runs the program with both of its streams on standard error.
+[[noreturn]] void runAsNobodyKnown(std::vector<std::string> arguments) {
   unsetenv("HOME");
   unsetenv("XDG_DATA_HOME");
   // The program may lie where that user cannot go, so it is opened before.
   FILE* const program = std::fopen(ORVANE_CLI, "rb");
   if (program == nullptr || setuid(3'999'999'999) != 0) std::exit(2);
-  std::string arguments[]{"orvane-cli", "--create-profile", "A", "--format",
-                          "png",        "--quality",        "1"};
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+  arguments.insert(arguments.begin(), "orvane-cli");
   std::vector<char*> pointers;
   for (std::string& argument : arguments) pointers.push_back(argument.data());
   pointers.push_back(nullptr);
@@ -96,8 +97,14 @@ TEST(SharedProfileFile, keepsItsMode) {
 TEST(SharedProfileFileDeathTest, hasNoPlaceWithAUserWithoutAHome) {
   if (geteuid() != 0) GTEST_SKIP() << "only the superuser can become an unknown user";
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(createProfileAsNobodyKnown(), testing::ExitedWithCode(1),
-              "^Erreur : Dossier des données d'application introuvable\\.\n$");
+  const std::vector<std::vector<std::string>> commands{
+      {"--create-profile", "A", "--format", "png", "--quality", "1"},
+      {"a.png", "--output", "/nowhere/out", "--json"},
+  };
+  for (const auto& command : commands) {
+    EXPECT_EXIT(runAsNobodyKnown(command), testing::ExitedWithCode(1),
+                "^Erreur : Dossier des données d'application introuvable\\.\n$");
+  }
 }
 
 }  // namespace
