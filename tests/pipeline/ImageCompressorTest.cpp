@@ -11,8 +11,10 @@
 #include "pipeline/ImageDecoder.h"
 #include "pipeline/ImageProcessingError.h"
 #include "pipeline/NativeImageIOEncoder.h"
+#include "platform/imageio/ImageSource.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestImages.h"
+#include "support/WebPBuilder.h"
 
 namespace orvane {
 namespace {
@@ -162,6 +164,23 @@ TEST_F(ImageCompressorTest, keepsTheSmallerOfPaletteAndTruecolour) {
   };
   EXPECT_EQ(colorType(75), 3);
   EXPECT_EQ(colorType(100), 3);
+}
+
+TEST_F(ImageCompressorTest, makesAStillOfAnAnimation) {
+  const std::string path = sources / "a.webp";
+  const auto frame = [](const Image& image) {
+    return test::WebPFrame{test::encodeWebP(image, test::WebPCoding::lossless)};
+  };
+  writeFile(path,
+            test::animateWebP(
+                24, 16, {frame(test::gradientImage(24, 16)), frame(test::noisyImage(24, 16))}));
+  ASSERT_EQ(ImageSource::create(readFile(path))->frameCount(), 2u);
+  for (const ImageFormat format : ImageFormat::allCases) {
+    const auto result = compress(path, format, 75);
+    ASSERT_EQ(result.error, std::nullopt) << format.rawValue();
+    const Bytes still = readFile(*result.destination);
+    EXPECT_EQ(ImageSource::create(still)->frameCount(), 1u) << format.rawValue();
+  }
 }
 
 TEST_F(ImageCompressorTest, isEmptyHandedAboutTheSizeOfNothing) {

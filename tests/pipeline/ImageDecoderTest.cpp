@@ -95,18 +95,40 @@ TEST(ImageDecoder, turnsInTheSpaceOfThePictureWhereItCan) {
   EXPECT_EQ(test::pixelAt(*turned, 0, 0), (Pixel{1, 1, 1, 255}));
 }
 
-TEST(ImageDecoder, refusesWhatIsNoneOfTheSixFormats) {
-  for (const std::string_view content :
-       {std::string_view(""), std::string_view("GIF89a\x01\0\x01\0\0\0\0;", 14),
-        std::string_view("II*\0\x08\0\0\0", 8), std::string_view("not a picture at all")}) {
-    try {
-      ImageDecoder::decodeImageSource(
-          {reinterpret_cast<const std::uint8_t*>(content.data()), content.size()});
-      FAIL() << content;
-    } catch (const ImageProcessingError& error) {
-      EXPECT_EQ(error.errorCase(), ImageProcessingError::Case::decodingFailed);
-    }
+void expectRefused(ByteView bytes, std::string_view name) {
+  try {
+    ImageDecoder::decodeImageSource(bytes);
+    FAIL() << name;
+  } catch (const ImageProcessingError& error) {
+    EXPECT_EQ(error.errorCase(), ImageProcessingError::Case::decodingFailed) << name;
   }
+}
+
+TEST(ImageDecoder, refusesWhatIsNoPicture) {
+  for (const std::string_view content :
+       {std::string_view(""), std::string_view("II*\0\x08\0\0\0", 8),
+        std::string_view("not a picture at all")}) {
+    expectRefused({reinterpret_cast<const std::uint8_t*>(content.data()), content.size()}, content);
+  }
+}
+
+TEST(ImageDecoder, refusesPicturesOfOtherFormats) {
+  const Bytes gif{
+      'G',  'I', 'F',  '8', '9', 'a', 1, 0, 1, 0, 0x80, 0, 0,  // 1 × 1, a table of two colours
+      0,    0,   0,    255, 255, 255,                          // black and white
+      0x2C, 0,   0,    0,   0,   1,   0, 1, 0, 0,              // an image all over the screen
+      2,    2,   0x4C, 1,   0,                                 // clear, colour 1, end
+      0x3B,
+  };
+  expectRefused(gif, "GIF");
+  const Bytes bmp{
+      'B', 'M', 58, 0, 0, 0, 0, 0, 0, 0, 54, 0, 0, 0,         // 58 bytes, pixels at 54
+      40,  0,   0,  0, 1, 0, 0, 0, 1, 0, 0,  0, 1, 0, 24, 0,  // 1 × 1, 24 bits, one plane
+      0,   0,   0,  0, 4, 0, 0, 0, 0, 0, 0,  0, 0, 0, 0,  0, 0, 0, 0, 0, 0, 0, 0, 0,  // not packed
+      30,  20,  10, 0,  // a row, filled up to 4 bytes
+  };
+  ASSERT_EQ(bmp.size(), 58u);
+  expectRefused(bmp, "BMP");
 }
 
 }  // namespace
