@@ -17,7 +17,7 @@ constexpr heif_matrix_coefficients matrix = heif_matrix_coefficients_ITU_R_BT_60
 
 /// The longest side that an HEVC stream of any level may have is 8.4 times the root of the largest
 /// picture's luma samples (ITU-T H.265, A.4.1); x265 goes beyond, to what its own numbers hold.
-constexpr std::size_t maximumSide = 65534;
+constexpr std::size_t maximumSide = 65528;
 
 // MARK: Pixels
 

@@ -2,14 +2,14 @@
 
 #include <libde265/de265.h>
 
-#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
 #include <vector>
 
+#include "platform/foundation/Bytes.h"
 #include "platform/imageio/HEIFLibrary.h"
-#include "platform/imageio/HEVCStream.h"
+#include "platform/imageio/HEVCPlane.h"
 #include "platform/imageio/ImageLimits.h"
 
 namespace orvane {
@@ -40,30 +40,66 @@ heif_error guarded(Work work) {
   return {heif_error_Decoder_plugin_error, heif_suberror_Unspecified, reason};
 }
 
-// MARK: Input
+struct ContextFreer {
+  void operator()(de265_decoder_context* context) const { de265_free_decoder(context); }
+};
+using ContextHandle = std::unique_ptr<de265_decoder_context, ContextFreer>;
 
-/// NAL units, each after its length in four bytes.
-std::vector<ByteView> splitUnits(ByteView data) {
-  std::vector<ByteView> units;
-  while (!data.empty()) {
-    if (data.size() < 4) throw Refusal{"stray bytes after a NAL unit"};
-    const std::size_t length = std::size_t{data[0]} << 24 | std::size_t{data[1]} << 16 |
-                               std::size_t{data[2]} << 8 | data[3];
-    data = data.subspan(4);
-    if (length > data.size()) throw Refusal{"a NAL unit is cut short"};
-    units.push_back(data.first(length));
-    data = data.subspan(length);
-  }
-  return units;
+// MARK: Picture memory
+
+using Planes = std::vector<HEVCPlane>;
+
+Planes makePlanes(const de265_image_spec& spec, const de265_image* image) {
+  const auto width = static_cast<std::size_t>(spec.width);
+  const auto height = static_cast<std::size_t>(spec.height);
+  const int depth = de265_get_bits_per_pixel(image, 0);
+  ImageLimits::check(width, height, depth > 8 ? 8 : 4);
+  Planes planes;
+  planes.emplace_back(width, height, depth);
+  const de265_chroma chroma = de265_get_chroma_format(image);
+  if (chroma == de265_chroma_mono) return planes;
+  const std::size_t across = chroma == de265_chroma_444 ? 1 : 2;
+  const std::size_t down = chroma == de265_chroma_420 ? 2 : 1;
+  const int chromaDepth = de265_get_bits_per_pixel(image, 1);
+  for (int i = 0; i < 2; ++i) planes.emplace_back(width / across, height / down, chromaDepth);
+  return planes;
 }
 
-void checkSizes(const std::vector<ByteView>& units) {
-  for (const ByteView unit : units) {
-    if (HEVCStream::kind(unit) != HEVCStream::UnitKind::sequenceParameters) continue;
-    const auto size = HEVCStream::pictureSize(unit);
-    if (!size) throw Refusal{"a sequence parameter set is cut short"};
-    ImageLimits::check(size->width, size->height, 4);
+/// Gives `image` its memory, which belongs to it as the user data of its first plane. 0 when it
+/// cannot.
+int getBuffer(de265_decoder_context*, de265_image_spec* spec, de265_image* image, void* context) {
+  de265_set_parameter_bool(context, DE265_DECODER_PARAM_DISABLE_SAO, 0);  // see makeContext
+  try {
+    auto planes = std::make_unique<Planes>(makePlanes(*spec, image));
+    for (std::size_t i = 0; i < planes->size(); ++i) {
+      const HEVCPlane& plane = (*planes)[i];
+      de265_set_image_plane(image, static_cast<int>(i), plane.memory(),
+                            static_cast<int>(plane.bytesPerRow()), planes.get());
+    }
+    planes.release();
+    return 1;
+  } catch (const std::exception&) {
+    return 0;
   }
+}
+
+const Planes* planesOf(const de265_image* image) {
+  return static_cast<const Planes*>(de265_get_image_plane_user_data(image, 0));
+}
+
+void releaseBuffer(de265_decoder_context*, de265_image* image, void*) { delete planesOf(image); }
+
+/// A decoder that asks `getBuffer` for the memory that it decodes into. It does so only where no
+/// sample adaptive offset is to follow, and looks at that setting again when it comes to the
+/// offset: until it has asked it must believe that there will be none.
+ContextHandle makeContext() {
+  ContextHandle context(de265_new_decoder());
+  if (context == nullptr) throw std::bad_alloc();
+  de265_image_allocation allocation{getBuffer, releaseBuffer};
+  de265_set_image_allocation_functions(context.get(), &allocation, context.get());
+  de265_set_parameter_bool(context.get(), DE265_DECODER_PARAM_DISABLE_SAO, 1);
+  de265_set_parameter_bool(context.get(), DE265_DECODER_PARAM_BOOL_SEI_CHECK_HASH, 1);
+  return context;
 }
 
 // MARK: Output
@@ -124,79 +160,53 @@ HEIFImage converted(const de265_image* from) {
 
 // MARK: Decoding
 
-struct ContextFreer {
-  void operator()(de265_decoder_context* context) const { de265_free_decoder(context); }
-};
-using ContextHandle = std::unique_ptr<de265_decoder_context, ContextFreer>;
-
-ContextHandle contextWith(const std::vector<ByteView>& units) {
-  ContextHandle context(de265_new_decoder());
-  if (context == nullptr) throw std::bad_alloc();
-  for (const ByteView unit : units) {
+/// Pushes NAL units, each of which comes after its length in four bytes.
+void pushUnits(de265_decoder_context* context, ByteView data) {
+  while (!data.empty()) {
+    if (data.size() < 4) throw Refusal{"stray bytes after a NAL unit"};
+    const std::size_t length = std::size_t{data[0]} << 24 | std::size_t{data[1]} << 16 |
+                               std::size_t{data[2]} << 8 | data[3];
+    data = data.subspan(4);
+    if (length > data.size()) throw Refusal{"a NAL unit is cut short"};
     const de265_error error =
-        de265_push_NAL(context.get(), unit.data(), static_cast<int>(unit.size()), 0, nullptr);
+        de265_push_NAL(context, data.data(), static_cast<int>(length), 0, nullptr);
     if (error != DE265_OK) throw Refusal{de265_get_error_text(error)};
+    data = data.subspan(length);
   }
-  if (de265_flush_data(context.get()) != DE265_OK) throw std::bad_alloc();
-  return context;
 }
 
-/// Messages beside the picture (SEI) that are not understood do it no harm.
-bool isHarmless(de265_error warning) {
-  return warning == DE265_ERROR_CANNOT_PROCESS_SEI ||
-         warning == DE265_WARNING_SPS_MISSING_CANNOT_DECODE_SEI;
+/// Messages beside the picture (SEI) that are not understood do it no harm; every other complaint
+/// is of damage.
+void refuseComplaints(de265_decoder_context* context) {
+  for (;;) {
+    const de265_error warning = de265_get_warning(context);
+    if (warning == DE265_OK) return;
+    if (warning != DE265_ERROR_CANNOT_PROCESS_SEI &&
+        warning != DE265_WARNING_SPS_MISSING_CANNOT_DECODE_SEI) {
+      throw Refusal{de265_get_error_text(warning)};
+    }
+  }
 }
 
-/// Decodes all that has been pushed; every picture and every warning goes to its handler.
-template <class PictureHandler, class WarningHandler>
-void decodeAll(de265_decoder_context* context, PictureHandler onPicture, WarningHandler onWarning) {
+/// The one picture that has been pushed.
+HEIFImage decodePicture(de265_decoder_context* context) {
+  if (de265_flush_data(context) != DE265_OK) throw std::bad_alloc();
+  HEIFImage result;
   for (int more = 1; more != 0;) {
     const de265_error error = de265_decode(context, &more);
     if (error != DE265_OK) throw Refusal{de265_get_error_text(error)};
-    for (de265_error warning = de265_get_warning(context); warning != DE265_OK;
-         warning = de265_get_warning(context)) {
-      if (!isHarmless(warning)) onWarning(warning);
+    refuseComplaints(context);
+    const de265_image* picture = de265_get_next_picture(context);
+    if (picture == nullptr) continue;
+    if (result != nullptr) throw Refusal{"more than one picture"};
+    const Planes* planes = planesOf(picture);
+    if (planes == nullptr || !planes->front().isComplete()) {
+      throw Refusal{"a part of the picture is missing"};
     }
-    if (const de265_image* picture = de265_get_next_picture(context)) onPicture(picture);
+    result = converted(picture);
   }
-}
-
-/// The one picture that the units hold. Sees damage by what the decoder complains of, and by the
-/// picture's checksum where there is one.
-HEIFImage decodePicture(const std::vector<ByteView>& units) {
-  const ContextHandle context = contextWith(units);
-  de265_set_parameter_bool(context.get(), DE265_DECODER_PARAM_BOOL_SEI_CHECK_HASH, 1);
-  HEIFImage result;
-  decodeAll(
-      context.get(),
-      [&](const de265_image* picture) {
-        if (result != nullptr) throw Refusal{"more than one picture"};
-        result = converted(picture);
-      },
-      [](de265_error warning) { throw Refusal{de265_get_error_text(warning)}; });
   if (result == nullptr) throw Refusal{"no picture"};
   return result;
-}
-
-/// Damage often looks like the end of a slice, and what then is missing of the picture libde265
-/// does not miss. So the units are decoded once more without the end of the last slice, and without
-/// the filters, which takes less than the first time: now it must complain.
-void checkCompleteness(std::vector<ByteView> units) {
-  const auto lastSlice = std::find_if(units.rbegin(), units.rend(), [](ByteView unit) {
-    return HEVCStream::kind(unit) == HEVCStream::UnitKind::slice;
-  });
-  if (lastSlice == units.rend()) throw Refusal{"no slice"};
-  const Bytes endless = HEVCStream::withoutEnd(*lastSlice);
-  *lastSlice = endless;
-
-  const ContextHandle context = contextWith(units);
-  de265_set_parameter_bool(context.get(), DE265_DECODER_PARAM_DISABLE_DEBLOCKING, 1);
-  de265_set_parameter_bool(context.get(), DE265_DECODER_PARAM_DISABLE_SAO, 1);
-  bool complete = false;
-  decodeAll(
-      context.get(), [](const de265_image*) {},
-      [&](de265_error warning) { complete |= warning == DE265_WARNING_CTB_OUTSIDE_IMAGE_AREA; });
-  if (!complete) throw Refusal{"the last slice ends too soon"};
 }
 
 // MARK: Plugin
@@ -207,32 +217,19 @@ int supports(heif_compression_format format) {
   return format == heif_compression_HEVC ? priority : 0;
 }
 
-/// The units of one picture, as libheif has pushed them.
-using Decoder = Bytes;
-
 heif_error newDecoder(void** decoder) {
-  return guarded([&] { *decoder = new Decoder; });
+  return guarded([&] { *decoder = makeContext().release(); });
 }
 
-void freeDecoder(void* decoder) { delete static_cast<Decoder*>(decoder); }
+void freeDecoder(void* decoder) { ContextFreer()(decoder); }
 
 heif_error pushData(void* decoder, const void* data, size_t size) {
-  return guarded([&] {
-    auto& units = *static_cast<Decoder*>(decoder);
-    const auto* bytes = static_cast<const std::uint8_t*>(data);
-    units.insert(units.end(), bytes, bytes + size);
-  });
+  return guarded([&] { pushUnits(decoder, {static_cast<const std::uint8_t*>(data), size}); });
 }
 
 heif_error decodeImage(void* decoder, heif_image** image) {
   *image = nullptr;
-  return guarded([&] {
-    const std::vector<ByteView> units = splitUnits(*static_cast<Decoder*>(decoder));
-    checkSizes(units);
-    HEIFImage picture = decodePicture(units);
-    checkCompleteness(units);
-    *image = picture.release();
-  });
+  return guarded([&] { *image = decodePicture(decoder).release(); });
 }
 
 }  // namespace

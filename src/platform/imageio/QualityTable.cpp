@@ -26,9 +26,11 @@ constexpr QualityPoint avifQuantizerTunedForImagesTable[]{
     {0.85, 23.5}, {0.90, 17.5}, {0.95, 11.5}, {1.00, 1.0},
 };
 
+// Above 0.95, where 4:2:0 chroma keeps scores from rising much, finer steps cost more than they give.
 constexpr QualityPoint heicRateFactorTable[]{
-    {0.00, 46.0}, {0.30, 37.0}, {0.50, 33.0}, {0.75, 28.0},
-    {0.85, 25.0}, {0.95, 18.0}, {1.00, 14.0},
+    {0.00, 41}, {0.30, 36.2}, {0.40, 34.7}, {0.50, 33.3}, {0.60, 31.8},
+    {0.70, 30}, {0.75, 29}, {0.80, 27.5}, {0.85, 25.6}, {0.90, 22.8},
+    {0.95, 18}, {1.00, 15.5},
 };
 
 }  // namespace
