@@ -21,11 +21,6 @@ using LiqAttr = std::unique_ptr<liq_attr, LiqAttrDeleter>;
 /// PNG files of a palette picture's pixels, and of a truecolour one.
 namespace PNGQuantEncoder {
 
-struct LiqAttrDeleter {
-  void operator()(liq_attr* attr) const { liq_attr_destroy(attr); }
-};
-using LiqAttr = std::unique_ptr<liq_attr, LiqAttrDeleter>;
-
 struct QuantizedImage {
   Bytes indices;  ///< width × height, rows from the top
   std::vector<PNGWriter::PaletteEntry> palette;

@@ -120,7 +120,7 @@ Bytes encodePicture(const RGBABuffer& rgba, const WebPConfig& config) {
   return Bytes(writer.mem, writer.mem + writer.size);
 }
 
-std::optional<Bytes> attach(ByteView icc, ByteView to) {
+std::optional<Bytes> attach(ByteView icc, ByteView to) try {
   const Mux mux(WebPMuxNew());
   const WebPData bitstream{to.data(), to.size()};
   const WebPData profile{icc.data(), icc.size()};
@@ -132,6 +132,8 @@ std::optional<Bytes> attach(ByteView icc, ByteView to) {
                         WebPMuxAssemble(mux.get(), &assembled) == WEBP_MUX_OK;
   if (!attached) return std::nullopt;
   return Bytes(assembled.bytes, assembled.bytes + assembled.size);
+} catch (const std::bad_alloc&) {
+  return std::nullopt;
 }
 
 Bytes encode(const RGBABuffer& rgba, const EncodingPlan& plan,

@@ -31,7 +31,7 @@ constexpr std::array<OrientationTransform, 7> orientationTransforms{{
 
 }  // namespace
 
-std::optional<Image> applyOrientation(int orientation, const Image& image) {
+std::optional<Image> applyOrientation(int orientation, const Image& image) try {
   const int lastTurned = firstTurned + static_cast<int>(orientationTransforms.size()) - 1;
   if (orientation < firstTurned || orientation > lastTurned) return std::nullopt;
   const OrientationTransform& turn =
@@ -55,6 +55,8 @@ std::optional<Image> applyOrientation(int orientation, const Image& image) {
                         .ty = turn.tyWidths * width + turn.tyHeights * height});
   context->draw(image);
   return std::move(*context).makeImage();
+} catch (const std::bad_alloc&) {
+  return std::nullopt;
 }
 
 DecodedImage decodeImageSource(ByteView fileData) try {

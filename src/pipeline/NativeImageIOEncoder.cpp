@@ -1,10 +1,10 @@
 #include "pipeline/NativeImageIOEncoder.h"
 
-#include <cassert>
 #include <new>
 #include <optional>
 
 #include "pipeline/ImageProcessingError.h"
+#include "platform/foundation/Precondition.h"
 #include "platform/graphics/BitmapContext.h"
 #include "platform/imageio/ImageDestination.h"
 
@@ -15,7 +15,7 @@ enum class Backdrop { none, white };
 
 /// An alpha-free 8-bit copy, composed over `backdrop`; nothing when it cannot be made. A picture
 /// that is its own copy already shares its memory.
-std::optional<Image> opaqueCopy(const Image& image, Backdrop backdrop) {
+std::optional<Image> opaqueCopy(const Image& image, Backdrop backdrop) try {
   if (isOpaqueRendering(image)) return image;
   auto context =
       BitmapContext::create(image.width, image.height, 8, BitmapContext::Alpha::noneSkipLast,
@@ -24,6 +24,8 @@ std::optional<Image> opaqueCopy(const Image& image, Backdrop backdrop) {
   if (backdrop == Backdrop::white) context->fillWhite();
   context->draw(image);
   return std::move(*context).makeImage();
+} catch (const std::bad_alloc&) {
+  return std::nullopt;
 }
 
 /// 0…1 for the destination. Readers of AVIF never get the maximum setting.
@@ -37,7 +39,8 @@ double destinationQuality(double codecQuality, ImageFormat format) {
 }  // namespace
 
 Bytes encode(const Image& image, bool hasAlpha, ImageFormat format, const EncodingPlan& plan) {
-  assert(format == ImageFormat::jpeg || format == ImageFormat::heic || format == ImageFormat::avif);
+  precondition(format == ImageFormat::jpeg || format == ImageFormat::heic ||
+               format == ImageFormat::avif);
   const auto* lossy = std::get_if<EncodingPlan::Lossy>(&plan.mode);
   const ImageDestination* destination = ImageDestination::forType(format.typeIdentifier());
   if (lossy == nullptr || destination == nullptr) {

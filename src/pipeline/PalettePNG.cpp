@@ -25,7 +25,7 @@ int quantizationSpeed(EncodingPlan::Effort effort) {
 }
 
 Bytes encodeIndexed(const RGBABuffer& buffer, const EncodingPlan& plan) {
-  const PNGQuantEncoder::LiqAttr attributes(liq_attr_create());
+  const LiqAttr attributes(liq_attr_create());
   if (!attributes) throw ImageProcessingError::encodingFailed(ImageFormat::png);
   const auto target = static_cast<int>(std::clamp(std::round(plan.quality), 0.0, 100.0));
   liq_set_quality(attributes.get(), 0, target);

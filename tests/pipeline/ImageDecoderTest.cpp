@@ -5,8 +5,10 @@
 #include <string_view>
 
 #include "pipeline/ImageProcessingError.h"
+#include "support/JPEGBuilder.h"
 #include "support/TestImages.h"
 #include "support/TestProfiles.h"
+#include "support/WebPBuilder.h"
 
 namespace orvane {
 namespace {

@@ -12,7 +12,7 @@ namespace {
 
 /// The file that the same library calls give.
 Bytes expectedFile(const RGBABuffer& buffer, int target, int speed, float dithering) {
-  const PNGQuantEncoder::LiqAttr attributes(liq_attr_create());
+  const LiqAttr attributes(liq_attr_create());
   liq_set_quality(attributes.get(), 0, target);
   liq_set_speed(attributes.get(), speed);
   const auto quantized = PNGQuantEncoder::quantize(attributes.get(), buffer.pixels, buffer.width,

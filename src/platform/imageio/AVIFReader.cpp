@@ -77,6 +77,7 @@ bool isGrayProfile(ByteView profile) {
 
 ColorSpacePtr colorSpaceOf(const avifImage& picture, ColorSpace::Model model) {
   const ByteView icc = iccOf(picture);
+  ImageLimits::checkICC(icc.size());
   if (!icc.empty()) return ColorSpace::fromICC(icc, model);
   return ColorSpace::fromCodePoints({picture.colorPrimaries, picture.transferCharacteristics},
                                     model);

@@ -14,6 +14,9 @@ namespace {
 /// AV1 codes sides in 16 bits.
 constexpr std::size_t maximumSide = 65535;
 
+/// Luma, two of chroma and alpha, 16 bits each.
+constexpr std::size_t planeBytesPerPixel = 8;
+
 /// Rows that are rendered at once.
 constexpr std::size_t stripRows = 32;
 
@@ -70,6 +73,8 @@ AVIFLibrary::Picture convert(const Image& image) {
       static_cast<std::uint32_t>(image.width), static_cast<std::uint32_t>(image.height),
       AVIFSettings::depth, AVIFSettings::pixelFormat);
   describeColors(*picture, *colorSpace);
+  // libavif 0.11 ends the process where there is no memory for the planes: see first that there is.
+  static_cast<void>(makePixelMemory(image.width * image.height * planeBytesPerPixel));
   require(avifImageAllocatePlanes(
       picture.get(), image.alpha == AlphaKind::none ? AVIF_PLANES_YUV : AVIF_PLANES_ALL));
 

@@ -13,10 +13,11 @@ namespace {
 
 // MARK: Colour space
 
-/// The ICC profile that belongs to the picture; empty when there is none or it is too large.
+/// The ICC profile that belongs to the picture; empty when there is none.
 Bytes iccProfile(const heif_image_handle* handle) {
   const std::size_t size = heif_image_handle_get_raw_color_profile_size(handle);
-  if (size == 0 || size > ImageLimits::maximumICCBytes) return {};
+  if (size == 0) return {};
+  ImageLimits::checkICC(size);
   Bytes profile(size);
   const heif_error error = heif_image_handle_get_raw_color_profile(handle, profile.data());
   return error.code == heif_error_Ok ? profile : Bytes{};

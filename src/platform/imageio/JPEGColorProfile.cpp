@@ -41,7 +41,8 @@ Bytes assembled(const jpeg_marker_struct* segments) {
     size += segment->data_length - headerSize;
     ++found;
   }
-  if (found != count || size > ImageLimits::maximumICCBytes) return {};
+  if (found != count) return {};
+  ImageLimits::checkICC(size);
 
   Bytes profile;
   profile.reserve(size);

@@ -31,7 +31,7 @@ Bytes profile(const JxlDecoder* decoder, JxlColorProfileTarget target) {
   if (ORVANE_JXL_QUERY(JxlDecoderGetICCProfileSize, decoder, target, &size) != JXL_DEC_SUCCESS) {
     return {};
   }
-  if (size > ImageLimits::maximumICCBytes) throw UnreadableImage("a colour profile is too large");
+  ImageLimits::checkICC(size);
   Bytes bytes(size);
   if (ORVANE_JXL_QUERY(JxlDecoderGetColorAsICCProfile, decoder, target, bytes.data(), size) !=
       JXL_DEC_SUCCESS) {

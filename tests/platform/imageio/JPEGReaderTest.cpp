@@ -261,10 +261,13 @@ TEST(JPEGReader, goesWithoutAProfileWhoseSegmentsAreNoSequence) {
   expectNone("no numbers");
 }
 
-TEST(JPEGReader, goesWithoutAProfileThatIsTooLargeOrForOtherColors) {
+TEST(JPEGReader, refusesAProfileThatIsTooLarge) {
   Bytes large = test::displayP3Profile();
   large.resize(ImageLimits::maximumICCBytes + 1);
-  EXPECT_TRUE(decode(withProfile(test::profileSegments(large, 65000))).colorSpace->isSRGB());
+  expectRefused(withProfile(test::profileSegments(large, 65000)), "a profile past the limit");
+}
+
+TEST(JPEGReader, goesWithoutAProfileForOtherColors) {
   const auto gray = test::profileSegments(test::grayGamma22Profile(), 65000);
   EXPECT_TRUE(decode(withProfile(gray)).colorSpace->isSRGB());
 }
