@@ -31,12 +31,9 @@ bool isForGray(ByteView profile) {
 /// What the file's colr box says in code points, or else the HEVC stream, where libheif hands that
 /// on.
 CodePoints codePoints(const heif_image_handle* handle, const heif_image* decoded) {
-  heif_color_profile_nclx* found = nullptr;
-  if (heif_image_handle_get_nclx_color_profile(handle, &found).code != heif_error_Ok) {
-    found = nullptr;
-    if (heif_image_get_nclx_color_profile(decoded, &found).code != heif_error_Ok) return {};
-  }
-  const HEIFColorProfile profile(found);
+  HEIFColorProfile profile = HEIFLibrary::colorProfile(handle);
+  if (profile == nullptr) profile = HEIFLibrary::colorProfile(decoded);
+  if (profile == nullptr) return {};
   return {static_cast<std::uint16_t>(profile->color_primaries),
           static_cast<std::uint16_t>(profile->transfer_characteristics)};
 }

@@ -36,6 +36,17 @@ void setLimits(heif_context* context) {
 #endif
 }
 
+/// `get` fails without freeing what it has made (1.15).
+template <class Source>
+HEIFColorProfile profileBy(heif_error (*get)(const Source*, heif_color_profile_nclx**),
+                           const Source* source) {
+  heif_color_profile_nclx* made = nullptr;
+  const heif_error error = get(source, &made);
+  HEIFColorProfile profile(made);
+  if (error.code != heif_error_Ok) profile.reset();
+  return profile;
+}
+
 }  // namespace
 
 void check(const heif_error& error) {
@@ -70,6 +81,14 @@ HEIFEncodingOptions makeEncodingOptions() {
   // Off by itself only in later generations: what could not read code points was iOS 12.
   options->macOS_compatibility_workaround_no_nclx_profile = 0;
   return options;
+}
+
+HEIFColorProfile colorProfile(const heif_image_handle* handle) {
+  return profileBy(heif_image_handle_get_nclx_color_profile, handle);
+}
+
+HEIFColorProfile colorProfile(const heif_image* image) {
+  return profileBy(heif_image_get_nclx_color_profile, image);
 }
 
 }  // namespace orvane::HEIFLibrary

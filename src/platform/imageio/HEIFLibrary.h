@@ -52,5 +52,10 @@ HEIFEncoder makeHEVCEncoder(heif_context* context);
 /// With colour spaces written as the picture has them. Throws std::bad_alloc.
 HEIFEncodingOptions makeEncodingOptions();
 
+/// The code points of a picture in a file, or of a decoded one; null when there are none, or such
+/// as libheif does not know.
+HEIFColorProfile colorProfile(const heif_image_handle* handle);
+HEIFColorProfile colorProfile(const heif_image* image);
+
 }  // namespace HEIFLibrary
 }  // namespace orvane

@@ -93,7 +93,6 @@ void tuneForPhotographs(x265_param* param, double rateFactor) {
   param->tuQTMaxIntraDepth = 2;
   param->cbQpOffset = -6;
   param->crQpOffset = -6;
-  param->bEnableSAO = 0;
   param->deblockingFilterTCOffset = -1;
   param->deblockingFilterBetaOffset = -1;
 }
@@ -101,7 +100,6 @@ void tuneForPhotographs(x265_param* param, double rateFactor) {
 void tuneForAlpha(x265_param* param) {
   param->rc.rateControlMode = X265_RC_CQP;
   param->rc.qp = alphaQuantizer;
-  param->bEnableSAO = 0;
   param->bEnableLoopFilter = 0;
 }
 
@@ -109,9 +107,8 @@ void tuneForAlpha(x265_param* param) {
 void describeColor(x265_param* param, const heif_image* image) {
   param->vui.bEnableVideoSignalTypePresentFlag = 1;
   param->vui.bEnableVideoFullRangeFlag = 1;
-  heif_color_profile_nclx* found = nullptr;
-  if (heif_image_get_nclx_color_profile(image, &found).code != heif_error_Ok) return;
-  const HEIFColorProfile profile(found);
+  const HEIFColorProfile profile = HEIFLibrary::colorProfile(image);
+  if (profile == nullptr) return;
   param->vui.bEnableColorDescriptionPresentFlag = 1;
   param->vui.colorPrimaries = profile->color_primaries;
   param->vui.transferCharacteristics = profile->transfer_characteristics;
