@@ -93,7 +93,8 @@ TEST_F(HEICReader, decodesAnOpaquePictureOf8BitsExactly) {
 
 TEST_F(HEICReader, decodesWhatLibheifDecodes) {
   const Bytes file = photograph();
-  EXPECT_EQ(maximumDifference(decode(file), test::decodeWithLibheif(file)), 0);
+  // Versions of libheif round their conversion to RGB differently.
+  EXPECT_LE(maximumDifference(decode(file), test::decodeWithLibheif(file)), 1);
 }
 
 TEST_F(HEICReader, decodesEverySubsamplingAndRange) {
