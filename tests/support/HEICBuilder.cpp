@@ -146,19 +146,20 @@ Image decodeWithLibheif(ByteView file) {
   const HEIFDecodingOptions options = HEIFLibrary::makeDecodingOptions();
   options->decoder_id = "libde265";
   heif_image* made = nullptr;
-  check(heif_decode_image(primary, &made, heif_colorspace_RGB, heif_chroma_interleaved_RGB,
-                          options.get()));
+  check(heif_decode_image(primary, &made, heif_colorspace_RGB, heif_chroma_444, options.get()));
   const HEIFImage decoded(made);
-  int stride = 0;
-  const std::uint8_t* plane =
-      heif_image_get_plane_readonly(made, heif_channel_interleaved, &stride);
-  return drawImage(
-      static_cast<std::size_t>(heif_image_get_primary_width(made)),
-      static_cast<std::size_t>(heif_image_get_primary_height(made)), ChannelLayout::rgba,
-      AlphaKind::none, 8, ColorSpace::sRGB(), [&](std::size_t x, std::size_t y) -> Pixel {
-        const std::uint8_t* pixel = plane + y * static_cast<std::size_t>(stride) + x * 3;
-        return {pixel[0], pixel[1], pixel[2], 255};
-      });
+  const auto sample = [&](heif_channel channel, std::size_t x, std::size_t y) -> std::uint16_t {
+    int stride = 0;
+    const std::uint8_t* plane = heif_image_get_plane_readonly(made, channel, &stride);
+    return plane[y * static_cast<std::size_t>(stride) + x];
+  };
+  return drawImage(static_cast<std::size_t>(heif_image_get_primary_width(made)),
+                   static_cast<std::size_t>(heif_image_get_primary_height(made)),
+                   ChannelLayout::rgba, AlphaKind::none, 8, ColorSpace::sRGB(),
+                   [&](std::size_t x, std::size_t y) -> Pixel {
+                     return {sample(heif_channel_R, x, y), sample(heif_channel_G, x, y),
+                             sample(heif_channel_B, x, y), 255};
+                   });
 }
 
 }  // namespace orvane::test

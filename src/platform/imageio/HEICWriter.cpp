@@ -15,8 +15,8 @@ namespace {
 /// BT.601 of 625 or 525 lines: what phones write and every reader assumes.
 constexpr heif_matrix_coefficients matrix = heif_matrix_coefficients_ITU_R_BT_601_6;
 
-/// The longest side that an HEVC stream of any level may have is 8.4 times the root of the largest
-/// picture's luma samples (ITU-T H.265, A.4.1); x265 goes beyond, to what its own numbers hold.
+/// Sides are coded in multiples of 8, and decoders take no more than 16 bits of them. The levels of
+/// ITU-T H.265 (A.4.1) end earlier, at 35 million pixels; what is larger claims none of them.
 constexpr std::size_t maximumSide = 65528;
 
 // MARK: Pixels
