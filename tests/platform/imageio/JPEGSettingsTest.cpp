@@ -11,14 +11,19 @@ constexpr double photograph = 0;
 constexpr double coloredText = 0.05;
 
 TEST(JPEGSettings, quantisesFinerForEveryHigherQuality) {
-  auto previous = JPEGSettings::forPicture(0, photograph);
-  for (int percent = 2; percent <= 100; ++percent) {
-    const auto settings = JPEGSettings::forPicture(percent / 100.0, photograph);
-    for (std::size_t i = 0; i < 64; ++i) {
-      EXPECT_LE(settings.lumaSteps[i], previous.lumaSteps[i]) << percent;
-      EXPECT_LE(settings.chromaSteps[i], previous.chromaSteps[i]) << percent;
+  for (const double chromaEdges : {photograph, coloredText}) {
+    auto previous = JPEGSettings::forPicture(0, chromaEdges);
+    for (int percent = 2; percent <= 100; ++percent) {
+      const auto settings = JPEGSettings::forPicture(percent / 100.0, chromaEdges);
+      const bool sameChroma = settings.chroma == previous.chroma;
+      for (std::size_t i = 0; i < 64; ++i) {
+        EXPECT_LE(settings.lumaSteps[i], previous.lumaSteps[i]) << percent;
+        if (sameChroma) {
+          EXPECT_LE(settings.chromaSteps[i], previous.chromaSteps[i]) << percent;
+        }
+      }
+      previous = settings;
     }
-    previous = settings;
   }
 }
 
