@@ -1,4 +1,4 @@
-"""Rate–distortion curves: lists of (bits per pixel, mean score)."""
+"""Curves: lists of (bits per pixel or processor seconds, mean score)."""
 
 import math
 from xml.sax.saxutils import escape
@@ -10,19 +10,19 @@ WIDTH, HEIGHT, MARGIN = 720, 480, 56
 COLORS = ("#c0392b", "#2c3e50", "#2980b9", "#7f8c8d")
 
 
-def bits_at(curve, score):
-    """Bits per pixel at a score, between two measured points; None outside of them."""
+def value_at(curve, score):
+    """Bits, or whatever the curve counts, at a score between two measured points; else None."""
     points = sorted(curve, key=lambda point: point[1])
-    for (low_bits, low), (high_bits, high) in zip(points, points[1:]):
+    for (low_value, low), (high_value, high) in zip(points, points[1:]):
         if low <= score <= high and low < high:
             part = (score - low) / (high - low)
-            return math.exp(math.log(low_bits) * (1 - part) + math.log(high_bits) * part)
+            return math.exp(math.log(low_value) * (1 - part) + math.log(high_value) * part)
     return None
 
 
-def size_ratio(curve, other):
-    """Mean over the targets that both reach of size against size."""
-    pairs = [(bits_at(curve, target), bits_at(other, target)) for target in TARGETS]
+def ratio_at_equal_score(curve, other):
+    """Mean, over the targets that both reach, of one curve's value divided by the other's."""
+    pairs = [(value_at(curve, target), value_at(other, target)) for target in TARGETS]
     ratios = [ours / theirs for ours, theirs in pairs if ours and theirs]
     return sum(ratios) / len(ratios) if ratios else math.nan
 

@@ -1,8 +1,11 @@
 """Encoders and decoders as commands: this tool's and its peers'."""
 
 import os
+import shlex
 import shutil
 import subprocess
+import tempfile
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -47,31 +50,31 @@ def decode(encoded, decoded):
 
 
 class Ours:
-    """This tool at its own quality, one file at a time."""
+    """This tool at its own quality, all pictures in one run."""
 
     def __init__(self, image_format, suffix):
         self.name = f"orvane-cli {image_format}"
         self.format, self.suffix = image_format, suffix
 
-    def encode(self, source, quality, output):
-        folder = output.with_suffix("")
-        seconds = run([TOOL, source.png, "--output", folder, "--format", self.format,
-                       "--quality", quality, "--jobs", 1])
-        written, = folder.iterdir()
-        written.replace(output)
-        folder.rmdir()
-        return seconds
+    def encode(self, sources, quality, folder, jobs):
+        return run([TOOL, *(source.png for source in sources), "--output", folder,
+                    "--format", self.format, "--quality", quality, "--jobs", jobs])
 
 
 class Peer:
-    """Another encoder; `arguments(source, quality, output)` is its command."""
+    """Another encoder; `arguments(source, quality, output)` is its command for one picture."""
 
     def __init__(self, name, suffix, qualities, arguments):
         self.name, self.suffix, self.qualities = name, suffix, qualities
         self.arguments = arguments
 
-    def encode(self, source, quality, output):
-        return run(self.arguments(source, quality, output))
+    def encode(self, sources, quality, folder, jobs):
+        def encode_one(source):
+            return run(self.arguments(source, quality, output_of(self, source, folder)))
+
+        folder.mkdir(exist_ok=True)
+        with ThreadPoolExecutor(jobs) as pool:
+            return sum(pool.map(encode_one, sources))
 
 
 PEERS = {
@@ -79,10 +82,10 @@ PEERS = {
                   lambda source, quality, output: [
                       "cjpeg", "-optimize", "-progressive", "-quality", quality,
                       "-outfile", output, source.pnm])],
-    "avif": [Peer("avifenc --speed 6", ".avif", (44, 38, 33, 28, 24, 19, 14, 9),
-                  lambda source, quality, output: [
+    "avif": [Peer(f"avifenc --speed 6 --yuv {yuv}", ".avif", (44, 38, 33, 28, 24, 19, 14, 9),
+                  lambda source, quality, output, yuv=yuv: [
                       "avifenc", "--speed", 6, "--jobs", 1, "--min", quality, "--max", quality,
-                      "--yuv", "420", source.png, output])],
+                      "--yuv", yuv, source.png, output]) for yuv in (420, 444)],
     "heic": [Peer("heif-enc", ".heic", (25, 35, 42, 50, 56, 63, 70, 78),
                   lambda source, quality, output: [
                       "heif-enc", "-q", quality, source.png, "-o", output])],
@@ -120,17 +123,32 @@ def peers(image_format):
 
 
 class Source:
-    """One lossless picture, as the PNG that it is and as PNM for encoders that want that."""
+    """One picture as PNG and as PNM: laid on white and without profile, so that every encoder is
+    given, and every decoder shows, the same numbers."""
 
     def __init__(self, png, work):
-        self.png = Path(png).resolve()
-        self.name = self.png.stem
-        self.pnm = work / f"{self.name}.ppm"
-        with open(self.pnm, "wb") as pnm:
-            subprocess.run(["pngtopnm", self.png], stdout=pnm, stderr=subprocess.DEVNULL, check=True)
+        self.name = f"{png.parent.name}-{png.stem}"
+        self.png, self.pnm = work / f"{self.name}.png", work / f"{self.name}.ppm"
+        filter_to(self.pnm, ["pngtopnm", "-mix", "-background=white", png])
+        filter_to(self.png, ["pnmtopng", "-compression=1", self.pnm])
         with open(self.pnm, "rb") as pnm:
             width, height = pnm.read(64).split()[1:3]
         self.pixels = int(width) * int(height)
+
+
+def filter_to(path, command):
+    with open(path, "wb") as output:
+        subprocess.run(command, stdout=output, stderr=subprocess.DEVNULL, check=True)
+
+
+def sources_of(folders, work, every=1):
+    """Every nth PNG of the folders."""
+    pictures = [png for folder in folders for png in sorted(folder.glob("*.png"))]
+    return [Source(png, work) for png in pictures[::every]]
+
+
+def output_of(encoder, source, folder):
+    return folder / f"{source.name}{encoder.suffix}"
 
 
 def score(source, decoded, scorer):
@@ -141,12 +159,22 @@ def score(source, decoded, scorer):
     return float(printed.stdout.split()[0])
 
 
-def measure(encoder, source, quality, work, scorer):
-    """Encodes, decodes and scores once: bits per pixel, score, processor seconds."""
-    output = work / f"{source.name}-{os.getpid()}{encoder.suffix}"
-    seconds = encoder.encode(source, quality, output)
-    decoded = decode(output, work / f"{source.name}-{os.getpid()}-decoded")
-    result = (output.stat().st_size * 8 / source.pixels, score(source, decoded, scorer), seconds)
-    output.unlink()
-    decoded.unlink(missing_ok=True)
-    return result
+def measure(encoder, sources, quality, options):
+    """Encodes, decodes and scores all pictures: a list of bits per pixel, one of scores, and the
+    processor seconds that encoding took. `options` are jobs and scorer."""
+    scorer = shlex.split(options.scorer)
+    with tempfile.TemporaryDirectory() as work, ThreadPoolExecutor(options.jobs) as pool:
+        folder = Path(work) / "encoded"
+        seconds = encoder.encode(sources, quality, folder, options.jobs)
+
+        def examine(source):
+            output = output_of(encoder, source, folder)
+            bits = output.stat().st_size * 8 / source.pixels
+            decoded = decode(output, Path(work) / source.name)
+            result = bits, score(source, decoded, scorer)
+            if decoded != output:
+                decoded.unlink()
+            return result
+
+        bits, scores = zip(*pool.map(examine, sources))
+    return bits, scores, seconds
