@@ -3,8 +3,13 @@
 
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_options();
+extern "C" const char* __tsan_default_suppressions();
 
 /// x265 3.5 keeps some of its tables and parameters when an encoder is closed.
 const char* __lsan_default_suppressions() { return "leak:libx265\n"; }
 
 const char* __lsan_default_options() { return "print_suppressions=0"; }
+
+/// Codec libraries are built without the checks: what guards their tables, made at first use, goes
+/// unseen.
+const char* __tsan_default_suppressions() { return "called_from_lib:libjxl.so\n"; }

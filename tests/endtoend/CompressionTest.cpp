@@ -276,21 +276,26 @@ TEST_F(CompressionEndToEnd, mayReplaceItsOwnInput) {
 }
 
 TEST_F(CompressionEndToEnd, givesTheSameBytesForEveryNumberOfJobs) {
-  Names inputs;
-  for (std::size_t i = 0; i < 5; ++i) {
-    inputs.push_back("a" + std::to_string(i) + ".png");
-    write(inputs.back(), pngFile(test::noisyImage(40 + i, 30)));
+  write("a.png", pngFile(test::noisyImage(90, 60)));
+  write("b.png", pngFile(test::noisyImage(33, 77)));
+  Names sources;  // two of each kind
+  for (const ImageFormat kind : ImageFormat::allCases) {
+    const std::string name(kind.rawValue());
+    reportOf({"a.png", "b.png", "--output", "sources", "--format", name});
+    for (const std::string base : {"a.", "b."}) {
+      sources.push_back("sources/" + base + std::string(kind.fileExtension()));
+    }
   }
   for (const ImageFormat format : ImageFormat::allCases) {
     const std::string name(format.rawValue());
     const auto compress = [&](const std::string& jobs) {
       Names arguments{"--format", name, "--output", name + jobs, "--jobs", jobs};
-      arguments.insert(arguments.end(), inputs.begin(), inputs.end());
+      arguments.insert(arguments.end(), sources.begin(), sources.end());
       reportOf(arguments);
       return namesIn(name + jobs);
     };
     const Names outputs = compress("1");
-    ASSERT_EQ(outputs.size(), inputs.size());
+    ASSERT_EQ(outputs.size(), sources.size());
     ASSERT_EQ(compress("4"), outputs);
     for (const std::string& output : outputs) {
       EXPECT_EQ(readFile(tool.folder / (name + "1/" + output)),
