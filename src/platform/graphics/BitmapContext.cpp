@@ -1,7 +1,7 @@
 #include "platform/graphics/BitmapContext.h"
 
+#include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <new>
 #include <vector>
 
@@ -32,14 +32,15 @@ Placement placement(const AffineTransform& transform, const Image& image, const 
           transform.d * canvasWidth - transform.c};
 }
 
-/// What is under the picture shows where the picture is not opaque; the result is opaque.
+/// What is under the picture shows where the picture is not opaque; the result is opaque. Colours
+/// past their alpha, which lossy files hold, count as white.
 template <typename Component>
 void flatten(Component* row, std::size_t width, bool onWhite) {
-  constexpr Component opaque = static_cast<Component>(~Component{0});
+  constexpr int opaque = static_cast<Component>(~Component{0});
   for (std::size_t x = 0; x < width; ++x, row += 4) {
-    const auto light = static_cast<Component>(onWhite ? opaque - row[3] : 0);
-    for (int c = 0; c < 3; ++c) row[c] = static_cast<Component>(row[c] + light);
-    row[3] = opaque;
+    const int light = onWhite ? opaque - row[3] : 0;
+    for (int c = 0; c < 3; ++c) row[c] = static_cast<Component>(std::min(row[c] + light, opaque));
+    row[3] = static_cast<Component>(opaque);
   }
 }
 
@@ -49,11 +50,11 @@ struct PixelBytes {
   std::byte bytes[size];
 };
 
-template <typename PixelBytes>
+template <typename Pixel>
 void place(const void* block, std::size_t width, std::size_t rows, const Placement& placement,
            std::size_t firstRow, void* canvas) {
-  const auto* from = static_cast<const PixelBytes*>(block);
-  auto* to = static_cast<PixelBytes*>(canvas) + placement.origin +
+  const auto* from = static_cast<const Pixel*>(block);
+  auto* to = static_cast<Pixel*>(canvas) + placement.origin +
              static_cast<std::ptrdiff_t>(firstRow) * placement.rowStep;
   for (std::size_t x = 0; x < width; ++x, to += placement.columnStep) {
     for (std::size_t y = 0; y < rows; ++y) {

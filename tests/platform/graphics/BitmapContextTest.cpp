@@ -56,6 +56,15 @@ TEST(BitmapContext, composesOverWhiteAt16Bits) {
             (Pixel{0x7FFF, 0xFFFF, 0x7FFF, 0xFFFF}));
 }
 
+TEST(BitmapContext, takesColoursPastTheirAlphaForWhite) {
+  const Image image = test::drawImage(1, 1, ChannelLayout::rgba, AlphaKind::premultiplied, 8,
+                                      ColorSpace::sRGB(), [](std::size_t, std::size_t) {
+                                        return Pixel{101, 100, 99, 100};
+                                      });
+  EXPECT_EQ(test::pixelAt(drawn(image, Alpha::noneSkipLast, true), 0, 0),
+            (Pixel{255, 255, 254, 255}));
+}
+
 TEST(BitmapContext, dropsAlphaWithoutABackground) {
   const Image image = test::alphaGradientImage(4, 2);
   const Image result = drawn(image, Alpha::noneSkipLast, false);
