@@ -78,21 +78,21 @@ class Peer:
 
 
 PEERS = {
-    "jpeg": [Peer("cjpeg -optimize -progressive", ".jpg", (40, 55, 65, 75, 82, 88, 92, 95),
+    "jpeg": [Peer("cjpeg -optimize -progressive", ".jpg", (50, 65, 75, 83, 89, 93),
                   lambda source, quality, output: [
                       "cjpeg", "-optimize", "-progressive", "-quality", quality,
                       "-outfile", output, source.pnm])],
-    "avif": [Peer(f"avifenc --speed 6 --yuv {yuv}", ".avif", (44, 38, 33, 28, 24, 19, 14, 9),
+    "avif": [Peer(f"avifenc --speed 6 --yuv {yuv}", ".avif", (36, 30, 25, 20, 15, 10),
                   lambda source, quality, output, yuv=yuv: [
                       "avifenc", "--speed", 6, "--jobs", 1, "--min", quality, "--max", quality,
                       "--yuv", yuv, source.png, output]) for yuv in (420, 444)],
-    "heic": [Peer("heif-enc", ".heic", (25, 35, 42, 50, 56, 63, 70, 78),
+    "heic": [Peer("heif-enc", ".heic", (35, 42, 48, 54, 60, 68),
                   lambda source, quality, output: [
                       "heif-enc", "-q", quality, source.png, "-o", output])],
-    "webp": [Peer("cwebp", ".webp", (40, 55, 68, 78, 85, 90, 94, 97),
+    "webp": [Peer("cwebp", ".webp", (50, 65, 78, 87, 92, 96),
                   lambda source, quality, output: [
                       "cwebp", "-quiet", "-q", quality, source.png, "-o", output])],
-    "jxl": [Peer("cjxl", ".jxl", (6, 4.5, 3.3, 2.4, 1.8, 1.3, 0.9, 0.6),
+    "jxl": [Peer("cjxl", ".jxl", (4.5, 3.3, 2.4, 1.8, 1.3, 0.9),
                  lambda source, quality, output: [
                      "cjxl", "--num_threads=0", "-d", quality, source.png, output])],
 }
@@ -116,7 +116,7 @@ def peers(image_format):
     found = list(PEERS[image_format])
     if image_format in ("jpeg", "avif") and sharp_is_installed():
         suffix = ".jpg" if image_format == "jpeg" else ".avif"
-        found.append(Peer(f"sharp {image_format}", suffix, (30, 45, 58, 68, 76, 83, 89, 94),
+        found.append(Peer(f"sharp {image_format}", suffix, (40, 55, 67, 77, 85, 92),
                           lambda source, quality, output: [
                               "node", "-e", SHARP, source.png, image_format, quality, output]))
     return found
