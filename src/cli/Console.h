@@ -8,7 +8,8 @@
 namespace orvane::Console {
 
 /// Gives each of the three standard streams that is closed to /dev/null, so that no file which is
-/// opened later takes its number and receives what is meant for it. To be called first.
+/// opened later takes its number and receives what is meant for it. To be called before any
+/// file is opened.
 void openClosedStreams();
 
 /// One line, or several, on standard output; the last newline is added here.

@@ -11,7 +11,6 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
-#include <set>
 #include <sstream>
 #include <string>
 #include <tuple>

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <memory>
 #include <stdexcept>
-#include <string>
 
 #include "platform/imageio/JPEGErrors.h"
 

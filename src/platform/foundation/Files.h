@@ -6,9 +6,9 @@
 
 #include "platform/foundation/Bytes.h"
 
+/// Paths are opened with their bytes as they are.
 namespace orvane::Files {
 
-/// Paths are opened with their bytes as they are.
 inline constexpr std::uint64_t maximumReadBytes = std::uint64_t{2} << 30;
 
 /// The whole file: a regular one by its size, anything else until its end. Throws FileError; EFBIG

@@ -1,6 +1,5 @@
 #include "platform/graphics/ColorSpace.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <vector>
 

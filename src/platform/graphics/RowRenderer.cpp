@@ -1,7 +1,6 @@
 #include "platform/graphics/RowRenderer.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <optional>
 #include <span>

@@ -1,7 +1,5 @@
-#include <algorithm>
 #include <cstring>
 #include <new>
-#include <optional>
 
 #include "platform/imageio/AVIFLibrary.h"
 #include "platform/imageio/ISOBaseMedia.h"

@@ -1,7 +1,5 @@
 #include "platform/imageio/HEIFLibrary.h"
 
-#include <algorithm>
-#include <limits>
 #include <new>
 
 #include "platform/imageio/HEVCDecoder.h"

@@ -9,9 +9,9 @@
 /// ICC profiles in JPEG files: a sequence of numbered APP2 segments (ICC.1:2010 annex B.4).
 namespace orvane::JPEGColorProfile {
 
-/// The profile in `segments`, in whatever order they stand; empty when there is none, when the
-/// sequence is broken (a segment missing, twice there, misnumbered) or past
-/// ImageLimits::maximumICCBytes. Throws std::bad_alloc.
+/// The profile in `segments`, in whatever order they stand; empty when there is none, or when
+/// the sequence is broken (a segment missing, twice there, misnumbered). Throws UnreadableImage
+/// past ImageLimits::maximumICCBytes, and std::bad_alloc.
 Bytes assembled(const jpeg_marker_struct* segments);
 
 /// Writes `profile` as such segments, after jpeg_start_compress and before the first row. Leaves as

@@ -1,7 +1,6 @@
 #include <jerror.h>
 
 #include <algorithm>
-#include <array>
 
 #include "platform/imageio/ChromaEdges.h"
 #include "platform/imageio/ImageDestination.h"

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
-#include <iostream>
 #include <thread>
 
 #include "platform/foundation/FileError.h"

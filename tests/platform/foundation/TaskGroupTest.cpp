@@ -7,9 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <future>
-#include <iostream>
 #include <memory>
 #include <set>
 
