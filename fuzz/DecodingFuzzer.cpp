@@ -1,0 +1,15 @@
+// libFuzzer's entry: whatever the bytes are, they are a picture or refused.
+
+#include <cstddef>
+#include <cstdint>
+
+#include "pipeline/ImageDecoder.h"
+#include "pipeline/ImageProcessingError.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  try {
+    orvane::ImageDecoder::decodeImageSource({data, size});
+  } catch (const orvane::ImageProcessingError&) {
+  }
+  return 0;
+}
