@@ -202,15 +202,16 @@ std::vector<Bytes> encode(const heif_image* image, bool isAlpha, double rateFact
   HEIFLibrary::check(
       heif_image_extend_padding_to_size(const_cast<heif_image*>(image), width, height));
   const ParamHandle param = stillPictureParam(width, height, isAlpha);
+  std::vector<float> offsets;
   if (isAlpha) {
     tuneForAlpha(param.get());
   } else {
     tuneForColor(param.get(), rateFactor);
+    offsets = blockOffsets(*param, rateFactor);
   }
   describeColor(param.get(), image);
   const EncoderHandle encoder = open(param.get());
   const PictureHandle picture = pictureOf(image, param.get());
-  std::vector<float> offsets = blockOffsets(*param, rateFactor);
   if (!isAlpha) picture->quantOffsets = offsets.data();
   return encodedUnits(encoder.get(), picture.get());
 }

@@ -48,6 +48,16 @@ double meanAlphaDifference(const Image& left, const Image& right) {
   return sum / static_cast<double>(left.width * left.height);
 }
 
+TEST(HEICWriter, spendsMoreOnEveryPointOfQuality) {
+  const Image image = test::noisyImage(256, 192);
+  std::size_t previous = 0;
+  for (const double quality : {0.60, 0.61, 0.62, 0.63, 0.64, 0.65, 0.66}) {
+    const std::size_t size = encode(image, quality).size();
+    EXPECT_GT(size, previous) << quality;
+    previous = size;
+  }
+}
+
 TEST(HEICWriter, keepsFlatColoursInEverySpace) {
   for (const ColorSpacePtr& space :
        {ColorSpace::sRGB(), ColorSpace::fromCodePoints(displayP3CodePoints, ColorSpace::Model::rgb),
