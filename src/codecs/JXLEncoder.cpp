@@ -7,10 +7,12 @@
 #include <exception>
 #include <limits>
 #include <new>
+#include <span>
 
-#include "codecs/JPEGSampling.h"
 #include "pipeline/ColorProfile.h"
 #include "pipeline/ImageProcessingError.h"
+#include "platform/imageio/ImageSource.h"
+#include "platform/imageio/JPEGLibrary.h"
 
 namespace orvane::JXLEncoder {
 namespace {
@@ -80,11 +82,14 @@ Bytes stripAlpha(ByteView rgba) {
   return rgb;
 }
 
+/// What libjxl takes for each pixel, a little more than was measured.
+constexpr std::size_t encodingBytesPerPixel = 48;
+constexpr std::size_t transcodingBytesPerPixel = 48;
+
 /// libjxl 0.7 ends the process where it gets no memory: see first that there is as much as it
 /// takes.
-void requireMemory(const RGBABuffer& rgba) {
-  constexpr std::size_t bytesPerPixel = 48;  // 44 were measured
-  static_cast<void>(makePixelMemory(rgba.width * rgba.height * bytesPerPixel));
+void requireMemory(std::size_t width, std::size_t height, std::size_t bytesPerPixel) {
+  static_cast<void>(makePixelMemory(width * height * bytesPerPixel));
 }
 
 /// libjxl copies what it is given.
@@ -109,8 +114,31 @@ Bytes drainOutput(JxlEncoder* encoder) {
   return result;
 }
 
+bool isSubsampled(const jpeg_decompress_struct& header) {
+  const std::span components(header.comp_info, static_cast<std::size_t>(header.num_components));
+  return std::ranges::any_of(components, [&](const jpeg_component_info& component) {
+    return component.h_samp_factor != header.max_h_samp_factor ||
+           component.v_samp_factor != header.max_v_samp_factor;
+  });
+}
+
+/// Throws unless libjxl can take this JPEG, from its header on.
+void requireTranscodable(ByteView jpeg) {
+  JPEGErrors errors;
+  JPEGDecompressor header;
+  header.err = &errors;
+  errors.run<UnreadableImage>([&] {
+    jpeg_create_decompress(&header);
+    jpeg_mem_src(&header, jpeg.data(), static_cast<unsigned long>(jpeg.size()));
+    jpeg_read_header(&header, TRUE);
+  });
+  // JPEG XL can subsample only YCbCr. Of others libjxl 0.7 writes what nobody can read.
+  require(header.jpeg_color_space != JCS_RGB || !isSubsampled(header));
+  requireMemory(header.image_width, header.image_height, transcodingBytesPerPixel);
+}
+
 Bytes transcoded(ByteView jpeg, int effort) {
-  require(!isSubsampledRGB(jpeg));  // libjxl 0.7 writes what nobody can read
+  requireTranscodable(jpeg);
   const JxlEncoderPtr encoder = JxlEncoderMake(nullptr);
   require(encoder != nullptr);
   require(JxlEncoderUseContainer(encoder.get(), JXL_TRUE));
@@ -134,7 +162,7 @@ double distance(double quality) {
 }
 
 Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan) try {
-  requireMemory(rgba);
+  requireMemory(rgba.width, rgba.height, encodingBytesPerPixel);
   const JxlEncoderPtr encoder = JxlEncoderMake(nullptr);
   require(encoder != nullptr);
   JxlEncoderFrameSettings* settings = JxlEncoderFrameSettingsCreate(encoder.get(), nullptr);

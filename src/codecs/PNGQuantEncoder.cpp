@@ -14,15 +14,8 @@
 namespace orvane::PNGQuantEncoder {
 namespace {
 
-struct LiqImageDeleter {
-  void operator()(liq_image* image) const { liq_image_destroy(image); }
-};
-using LiqImage = std::unique_ptr<liq_image, LiqImageDeleter>;
-
-struct LiqResultDeleter {
-  void operator()(liq_result* result) const { liq_result_destroy(result); }
-};
-using LiqResult = std::unique_ptr<liq_result, LiqResultDeleter>;
+using LiqImage = Handle<liq_image, liq_image_destroy>;
+using LiqResult = Handle<liq_result, liq_result_destroy>;
 
 /// Throws unless `succeeded`.
 void require(bool succeeded) {

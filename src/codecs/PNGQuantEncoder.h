@@ -2,21 +2,17 @@
 
 #include <libimagequant.h>
 
-#include <memory>
 #include <vector>
 
 #include "codecs/PNGWriter.h"
 #include "pipeline/EncodingPlan.h"
 #include "pipeline/RGBABuffer.h"
+#include "platform/foundation/Handle.h"
 
 namespace orvane {
 
-struct LiqAttrDeleter {
-  void operator()(liq_attr* attr) const { liq_attr_destroy(attr); }
-};
-
 /// Owner of libimagequant's settings.
-using LiqAttr = std::unique_ptr<liq_attr, LiqAttrDeleter>;
+using LiqAttr = Handle<liq_attr, liq_attr_destroy>;
 
 /// PNG files of a palette picture's pixels, and of a truecolour one.
 namespace PNGQuantEncoder {

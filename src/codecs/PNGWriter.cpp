@@ -13,6 +13,9 @@ namespace {
 /// What a chunk takes beside its payload: length, type and CRC.
 constexpr std::size_t chunkOverhead = 12;
 
+/// PNG clause 5.3: lengths have 31 bits.
+constexpr std::size_t largestPayload = 0x7FFFFFFF;
+
 constexpr std::uint8_t indexedColor = 3;
 
 void appendText(Bytes& bytes, std::string_view text) {
@@ -156,6 +159,7 @@ Bytes beginPNG(std::size_t width, std::size_t height, std::uint8_t colorType) {
 
 void finishPNG(Bytes& file, ByteView filteredRows) {
   const Bytes compressed = zlibCompress(filteredRows);
+  if (compressed.size() > largestPayload) throw ZlibError();
   file.reserve(file.size() + compressed.size() + 2 * chunkOverhead);
   appendPNGChunk(file, "IDAT", compressed);
   appendPNGChunk(file, "IEND", {});

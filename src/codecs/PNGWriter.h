@@ -67,7 +67,8 @@ void appendICCProfileIfPresent(Bytes& file, std::optional<ByteView> iccProfile);
 /// Signature and IHDR (PNG clause 11.2.1) of a depth-8, non-interlaced file.
 Bytes beginPNG(std::size_t width, std::size_t height, std::uint8_t colorType);
 
-/// One IDAT with all rows, each after its filter byte, and IEND. Throws ZlibError.
+/// One IDAT with all rows, each after its filter byte, and IEND. Throws ZlibError, also for more
+/// than one chunk can hold.
 void finishPNG(Bytes& file, ByteView filteredRows);
 
 }  // namespace PNGWriter

@@ -4,35 +4,19 @@
 #include <webp/mux.h>
 
 #include <algorithm>
-#include <memory>
 
 #include "codecs/WebPEncoderSteps.h"
 #include "pipeline/ColorProfile.h"
 #include "pipeline/ImageProcessingError.h"
+#include "platform/foundation/Handle.h"
 
 namespace orvane::WebPEncoder {
 namespace {
 
-/// Owners of what libwebp hangs on a structure of the caller's.
-struct PictureFreer {
-  void operator()(WebPPicture* picture) const { WebPPictureFree(picture); }
-};
-using PictureContent = std::unique_ptr<WebPPicture, PictureFreer>;
-
-struct MemoryWriterClearer {
-  void operator()(WebPMemoryWriter* writer) const { WebPMemoryWriterClear(writer); }
-};
-using MemoryWriterContent = std::unique_ptr<WebPMemoryWriter, MemoryWriterClearer>;
-
-struct DataClearer {
-  void operator()(WebPData* data) const { WebPDataClear(data); }
-};
-using DataContent = std::unique_ptr<WebPData, DataClearer>;
-
-struct MuxDeleter {
-  void operator()(WebPMux* mux) const { WebPMuxDelete(mux); }
-};
-using Mux = std::unique_ptr<WebPMux, MuxDeleter>;
+using PictureContent = Handle<WebPPicture, WebPPictureFree>;
+using MemoryWriterContent = Handle<WebPMemoryWriter, WebPMemoryWriterClear>;
+using DataContent = Handle<WebPData, WebPDataClear>;
+using Mux = Handle<WebPMux, WebPMuxDelete>;
 
 /// Throws unless `succeeded`.
 void require(bool succeeded) {

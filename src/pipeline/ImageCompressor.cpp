@@ -6,6 +6,7 @@
 
 #include "codecs/JXLEncoder.h"
 #include "codecs/PNGQuantEncoder.h"
+#include "codecs/PalettePNG.h"
 #include "codecs/WebPEncoder.h"
 #include "pipeline/EncodingAttempts.h"
 #include "pipeline/EncodingStrategy.h"
@@ -13,7 +14,6 @@
 #include "pipeline/ImageDecoder.h"
 #include "pipeline/ImageProcessingError.h"
 #include "pipeline/NativeImageIOEncoder.h"
-#include "pipeline/PalettePNG.h"
 #include "platform/foundation/FileError.h"
 #include "platform/foundation/Files.h"
 

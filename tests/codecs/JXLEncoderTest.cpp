@@ -2,16 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>  // jpeglib.h needs it before itself
-#include <cstdlib>
 #include <limits>
-#include <memory>
 #include <random>
-
-#include <jpeglib.h>
 
 #include "pipeline/ImageProcessingError.h"
 #include "platform/imageio/ImageSource.h"
+#include "support/JPEGBuilder.h"
 #include "support/JXLBuilder.h"
 #include "support/TestBuffers.h"
 #include "support/TestProfiles.h"
@@ -240,86 +236,55 @@ TEST(JXLEncoder, keepsDisplayP3WithLossToo) {
 
 // JPEG
 
-struct JPEGForm {
-  J_COLOR_SPACE stored = JCS_YCbCr;
-  int sampling = 1;  ///< of the first component; the others have 1
-  bool isProgressive = false;
-  unsigned restartInterval = 0;
-};
-
-constexpr int width = 45;
-constexpr int height = 29;
-
-/// Noise around a slope, in as many components as `stored` has.
-Bytes makeJPEG(const JPEGForm& form) {
-  jpeg_error_mgr errors;
-  jpeg_compress_struct jpeg{};
-  jpeg.err = jpeg_std_error(&errors);
-  jpeg_create_compress(&jpeg);
-  unsigned char* file = nullptr;
-  unsigned long size = 0;
-  jpeg_mem_dest(&jpeg, &file, &size);
-  jpeg.image_width = width;
-  jpeg.image_height = height;
-  jpeg.in_color_space = form.stored == JCS_YCbCr ? JCS_RGB : form.stored;
-  jpeg.input_components = form.stored == JCS_GRAYSCALE ? 1 : form.stored == JCS_CMYK ? 4 : 3;
-  jpeg_set_defaults(&jpeg);
-  jpeg_set_colorspace(&jpeg, form.stored);
-  jpeg.comp_info[0].h_samp_factor = jpeg.comp_info[0].v_samp_factor = form.sampling;
-  jpeg.restart_interval = form.restartInterval;
-  if (form.isProgressive) jpeg_simple_progression(&jpeg);
-  jpeg_start_compress(&jpeg, TRUE);
-  std::mt19937 random(3);
-  Bytes row(static_cast<std::size_t>(width * jpeg.input_components));
-  for (int y = 0; y < height; ++y) {
-    for (std::uint8_t& value : row) value = static_cast<std::uint8_t>(y * 6 + random() % 50);
-    JSAMPROW rows = row.data();
-    jpeg_write_scanlines(&jpeg, &rows, 1);
-  }
-  jpeg_finish_compress(&jpeg);
-  jpeg_destroy_compress(&jpeg);
-  const std::unique_ptr<unsigned char, decltype(&std::free)> owner(file, std::free);
-  return Bytes(file, file + size);
+/// Noise in the layout that `recipe` is coded from.
+Bytes makeJPEG(const test::JPEGRecipe& recipe = {}) {
+  ChannelLayout layout = ChannelLayout::rgba;
+  if (recipe.stored == JCS_GRAYSCALE) layout = ChannelLayout::gray;
+  if (recipe.stored == JCS_CMYK) layout = ChannelLayout::cmyk;
+  const Image noise = test::noisyImage(45, 29);
+  return test::buildJPEG(
+      test::drawImage(noise.width, noise.height, layout, AlphaKind::none, 8, nullptr,
+                      [&](std::size_t x, std::size_t y) { return test::pixelAt(noise, x, y); }),
+      recipe);
 }
 
 TEST(JXLEncoder, transcodesJPEGsSoThatTheyCanBeRebuilt) {
-  for (const JPEGForm& form :
-       {JPEGForm{}, JPEGForm{.sampling = 2}, JPEGForm{.sampling = 2, .isProgressive = true},
-        JPEGForm{.stored = JCS_GRAYSCALE}, JPEGForm{.stored = JCS_GRAYSCALE, .isProgressive = true},
-        JPEGForm{.stored = JCS_RGB}, JPEGForm{.sampling = 2, .restartInterval = 2}}) {
-    const Bytes jpeg = makeJPEG(form);
+  using test::JPEGRecipe;
+  for (const JPEGRecipe& recipe :
+       {JPEGRecipe{}, JPEGRecipe{.horizontalSampling = 2, .verticalSampling = 2},
+        JPEGRecipe{.horizontalSampling = 2, .verticalSampling = 2, .isProgressive = true},
+        JPEGRecipe{.stored = JCS_GRAYSCALE},
+        JPEGRecipe{.stored = JCS_GRAYSCALE, .isProgressive = true}, JPEGRecipe{.stored = JCS_RGB},
+        JPEGRecipe{.horizontalSampling = 2, .verticalSampling = 2, .restartInterval = 2}}) {
+    const Bytes jpeg = makeJPEG(recipe);
     for (const int effort : {5, 6, 7}) {
       const auto file = JXLEncoder::transcodeJPEG(jpeg, effort);
       ASSERT_TRUE(file);
       EXPECT_EQ(test::rebuildJPEG(*file), jpeg);
       const Image image = decode(*file);
-      EXPECT_EQ(image.width, std::size_t{width});
-      EXPECT_EQ(image.height, std::size_t{height});
+      EXPECT_EQ(image.width, 45u);
+      EXPECT_EQ(image.height, 29u);
     }
   }
 }
 
 TEST(JXLEncoder, transcodesTurnedJPEGsUpright) {
-  Bytes jpeg = makeJPEG({});
-  // APP1 with an orientation of 6 and nothing else (CIPA DC-008).
-  const Bytes exif{0xFF, 0xE1, 0, 34, 'E', 'x', 'i', 'f', 0, 0, 'M', 'M', 0, 42, 0, 0, 0, 8,
-                   0,    1,    1, 18, 0,   3,   0,   0,   0, 1, 0,   6,   0, 0,  0, 0, 0, 0};
-  jpeg.insert(jpeg.begin() + 2, exif.begin(), exif.end());
+  const Bytes jpeg = makeJPEG({.segments = {test::exifSegment(6)}});
   const auto file = JXLEncoder::transcodeJPEG(jpeg, 7);
   ASSERT_TRUE(file);
   EXPECT_EQ(test::rebuildJPEG(*file), jpeg);
-  EXPECT_EQ(decode(*file).width, std::size_t{height});
+  EXPECT_EQ(decode(*file).width, 29u);
 }
 
 TEST(JXLEncoder, transcodesIntoAContainer) {
-  const auto file = JXLEncoder::transcodeJPEG(makeJPEG({}), 7);
+  const auto file = JXLEncoder::transcodeJPEG(makeJPEG(), 7);
   ASSERT_TRUE(file);
   const Bytes signature{0, 0, 0, 12, 'J', 'X', 'L', ' ', 13, 10, 0x87, 10};
   EXPECT_TRUE(std::ranges::equal(ByteView(*file).first(12), signature));
 }
 
 TEST(JXLEncoder, transcodesNothingThatIsNoWholeJPEG) {
-  const Bytes jpeg = makeJPEG({});
+  const Bytes jpeg = makeJPEG();
   EXPECT_FALSE(JXLEncoder::transcodeJPEG({}, 7));
   EXPECT_FALSE(JXLEncoder::transcodeJPEG(Bytes{0x89, 'P', 'N', 'G', 13, 10, 26, 10}, 7));
   EXPECT_FALSE(JXLEncoder::transcodeJPEG(ByteView(jpeg).first(100), 7));
@@ -331,7 +296,8 @@ TEST(JXLEncoder, transcodesNothingThatIsNoWholeJPEG) {
 
 TEST(JXLEncoder, transcodesNothingThatJPEGXLHasNoFormFor) {
   EXPECT_FALSE(JXLEncoder::transcodeJPEG(makeJPEG({.stored = JCS_CMYK}), 7));
-  EXPECT_FALSE(JXLEncoder::transcodeJPEG(makeJPEG({.stored = JCS_RGB, .sampling = 2}), 7));
+  EXPECT_FALSE(
+      JXLEncoder::transcodeJPEG(makeJPEG({.stored = JCS_RGB, .horizontalSampling = 2}), 7));
 }
 
 }  // namespace

@@ -5,10 +5,9 @@
 #include <webp/decode.h>
 #include <webp/demux.h>
 
-#include <memory>
-
 #include "codecs/WebPEncoderSteps.h"
 #include "pipeline/ImageProcessingError.h"
+#include "platform/foundation/Handle.h"
 #include "support/TestBuffers.h"
 #include "support/TestProfiles.h"
 
@@ -181,14 +180,10 @@ Decoded decode(const Bytes& file) {
   return decoded;
 }
 
-struct DemuxerDeleter {
-  void operator()(WebPDemuxer* demuxer) const { WebPDemuxDelete(demuxer); }
-};
-
 /// The profile in a file; empty when there is none.
 Bytes profileIn(const Bytes& file) {
   const WebPData data{file.data(), file.size()};
-  const std::unique_ptr<WebPDemuxer, DemuxerDeleter> demuxer(WebPDemux(&data));
+  const Handle<WebPDemuxer, WebPDemuxDelete> demuxer(WebPDemux(&data));
   if (!demuxer) throw std::runtime_error("no WebP file");
   WebPChunkIterator chunk{};
   Bytes profile;

@@ -59,22 +59,6 @@ Image translucentPicture(Size size, const ColorSpacePtr& space) {
                          });
 }
 
-/// Straight 8-bit R, G, B, A in `target`.
-Image rendered(const Image& image, const ColorSpacePtr& target) {
-  Image result{.width = image.width,
-               .height = image.height,
-               .alpha = AlphaKind::straight,
-               .colorSpace = target,
-               .bytesPerRow = image.width * 4};
-  const auto pixels = makePixelMemory(result.bytesPerRow * result.height);
-  RowRenderer renderer(image, target, 8, RowRenderer::AlphaForm::straight);
-  for (std::size_t y = 0; y < result.height; ++y) {
-    renderer.render(y, pixels.get() + y * result.bytesPerRow);
-  }
-  result.pixels = pixels;
-  return result;
-}
-
 /// Whether a pixel lies where another patch is near and chroma of half resolution may mix.
 bool isNearAnEdge(const Image& image, std::size_t x, std::size_t y) {
   if (image.width <= 100) return false;
@@ -108,7 +92,7 @@ void expectSameColours(const Image& read, const Image& source) {
   Image named = read;
   if (named.colorSpace->isSRGB()) named.colorSpace = source.colorSpace;
   const ColorSpacePtr sRGB = ColorSpace::sRGB();
-  EXPECT_LE(patchDifference(rendered(named, sRGB), rendered(source, sRGB)), tolerance);
+  EXPECT_LE(patchDifference(rendered(named, sRGB, 8), rendered(source, sRGB, 8)), tolerance);
 }
 
 Image decoded(const std::string& path) {

@@ -19,18 +19,7 @@ EncodingPlan lossy(double quality) { return {.mode = EncodingPlan::Lossy{quality
 /// The picture in a file, as straight 8-bit R, G, B, A.
 Image decoded(ByteView file) {
   const Image image = ImageDecoder::decodeImageSource(file).image;
-  Image rgba = image;
-  rgba.layout = ChannelLayout::rgba;
-  rgba.alpha = AlphaKind::straight;
-  rgba.bitsPerComponent = 8;
-  rgba.bytesPerRow = image.width * 4;
-  const auto pixels = makePixelMemory(rgba.bytesPerRow * image.height);
-  RowRenderer renderer(image, renderingSpace(image.colorSpace), 8,
-                       RowRenderer::AlphaForm::straight);
-  for (std::size_t y = 0; y < image.height; ++y)
-    renderer.render(y, pixels.get() + y * rgba.bytesPerRow);
-  rgba.pixels = pixels;
-  return rgba;
+  return rendered(image, renderingSpace(image.colorSpace), 8);
 }
 
 /// Left half transparent red, right half opaque blue; big enough for chroma to settle.

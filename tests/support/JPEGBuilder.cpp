@@ -4,19 +4,17 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "platform/imageio/JPEGErrors.h"
+#include "platform/imageio/JPEGLibrary.h"
 
 namespace orvane::test {
 namespace {
 
-struct Compressor : jpeg_compress_struct {
-  Compressor() : jpeg_compress_struct{} {}
-  ~Compressor() {
-    jpeg_destroy_compress(this);
-    std::free(memory);
-  }
+/// What libjpeg writes to, which is the caller's to free.
+struct Output {
   unsigned char* memory = nullptr;
   unsigned long size = 0;
+
+  ~Output() { std::free(memory); }
 };
 
 J_COLOR_SPACE colorsOf(const Image& image) {
@@ -34,7 +32,7 @@ J_COLOR_SPACE colorsOf(const Image& image) {
   }
 }
 
-void configure(Compressor& info, const Image& image, const JPEGRecipe& recipe) {
+void configure(JPEGCompressor& info, const Image& image, const JPEGRecipe& recipe) {
   info.image_width = static_cast<JDIMENSION>(image.width);
   info.image_height = static_cast<JDIMENSION>(image.height);
   info.input_components = static_cast<int>(channelCount(image.layout));
@@ -65,11 +63,12 @@ void append(Bytes& bytes, std::uint32_t value, int size, ByteOrder order) {
 
 Bytes buildJPEG(const Image& image, const JPEGRecipe& recipe) {
   JPEGErrors errors;
-  Compressor info;
+  Output output;
+  JPEGCompressor info;
   info.err = &errors;
   errors.run<std::runtime_error>([&] {
     jpeg_create_compress(&info);
-    jpeg_mem_dest(&info, &info.memory, &info.size);
+    jpeg_mem_dest(&info, &output.memory, &output.size);
     configure(info, image, recipe);
     jpeg_start_compress(&info, TRUE);
     for (const JPEGSegment& segment : recipe.segments) {
@@ -82,7 +81,7 @@ Bytes buildJPEG(const Image& image, const JPEGRecipe& recipe) {
     }
     jpeg_finish_compress(&info);
   });
-  return Bytes(info.memory, info.memory + info.size);
+  return Bytes(output.memory, output.memory + output.size);
 }
 
 std::vector<jpeg_scan_info> manyScans(int count) {

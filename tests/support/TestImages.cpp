@@ -8,6 +8,26 @@
 
 namespace orvane::test {
 
+namespace {
+
+/// Calls `take` with the absolute difference of every channel of every pixel.
+template <typename Take>
+void forEachDifference(const Image& left, const Image& right, const Take& take) {
+  if (left.width != right.width || left.height != right.height || left.layout != right.layout ||
+      left.bitsPerComponent != right.bitsPerComponent) {
+    throw std::invalid_argument("pictures of different shape");
+  }
+  for (std::size_t y = 0; y < left.height; ++y) {
+    for (std::size_t x = 0; x < left.width; ++x) {
+      const Pixel a = pixelAt(left, x, y);
+      const Pixel b = pixelAt(right, x, y);
+      for (std::size_t c = 0; c < channelCount(left.layout); ++c) take(std::abs(a[c] - b[c]));
+    }
+  }
+}
+
+}  // namespace
+
 Image drawImage(std::size_t width, std::size_t height, ChannelLayout layout, AlphaKind alpha,
                 int bitsPerComponent, const ColorSpacePtr& colorSpace,
                 const std::function<Pixel(std::size_t, std::size_t)>& pixelAt) {
@@ -17,8 +37,7 @@ Image drawImage(std::size_t width, std::size_t height, ChannelLayout layout, Alp
               .layout = layout,
               .alpha = alpha,
               .colorSpace = colorSpace};
-  image.bytesPerRow = width * image.bytesPerPixel();
-  const auto pixels = makePixelMemory(image.bytesPerRow * height);
+  std::uint8_t* pixels = allocatePackedRows(image);
   const std::size_t channels = channelCount(layout);
   std::size_t at = 0;
   for (std::size_t y = 0; y < height; ++y) {
@@ -28,12 +47,11 @@ Image drawImage(std::size_t width, std::size_t height, ChannelLayout layout, Alp
         if (bitsPerComponent == 8) {
           pixels[at] = static_cast<std::uint8_t>(pixel[channel]);
         } else {
-          std::memcpy(pixels.get() + at * 2, &pixel[channel], 2);
+          std::memcpy(pixels + at * 2, &pixel[channel], 2);
         }
       }
     }
   }
-  image.pixels = pixels;
   return image;
 }
 
@@ -97,20 +115,15 @@ Image alphaGradientImage(std::size_t width, std::size_t height) {
 }
 
 double meanDifference(const Image& left, const Image& right) {
-  if (left.width != right.width || left.height != right.height || left.layout != right.layout ||
-      left.bitsPerComponent != right.bitsPerComponent) {
-    throw std::invalid_argument("pictures of different shape");
-  }
   double sum = 0;
-  const std::size_t channels = channelCount(left.layout);
-  for (std::size_t y = 0; y < left.height; ++y) {
-    for (std::size_t x = 0; x < left.width; ++x) {
-      const Pixel a = pixelAt(left, x, y);
-      const Pixel b = pixelAt(right, x, y);
-      for (std::size_t c = 0; c < channels; ++c) sum += std::abs(int{a[c]} - int{b[c]});
-    }
-  }
-  return sum / static_cast<double>(left.width * left.height * channels);
+  forEachDifference(left, right, [&](int difference) { sum += difference; });
+  return sum / static_cast<double>(left.width * left.height * channelCount(left.layout));
+}
+
+int maximumDifference(const Image& left, const Image& right) {
+  int largest = 0;
+  forEachDifference(left, right, [&](int difference) { largest = std::max(largest, difference); });
+  return largest;
 }
 
 }  // namespace orvane::test

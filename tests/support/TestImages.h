@@ -35,4 +35,7 @@ Image alphaGradientImage(std::size_t width, std::size_t height);
 /// Mean absolute difference over all channels of two pictures of the same size, layout and depth.
 double meanDifference(const Image& left, const Image& right);
 
+/// The largest difference of any channel of two pictures of the same size, layout and depth.
+int maximumDifference(const Image& left, const Image& right);
+
 }  // namespace orvane::test

@@ -3,16 +3,14 @@
 #include <webp/encode.h>
 #include <webp/mux.h>
 
-#include <memory>
 #include <stdexcept>
+
+#include "platform/foundation/Handle.h"
 
 namespace orvane::test {
 namespace {
 
-struct MuxDeleter {
-  void operator()(WebPMux* mux) const { WebPMuxDelete(mux); }
-};
-using Mux = std::unique_ptr<WebPMux, MuxDeleter>;
+using Mux = Handle<WebPMux, WebPMuxDelete>;
 
 constexpr int copyData = 1;
 

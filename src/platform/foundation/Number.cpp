@@ -6,17 +6,15 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <memory>
 #include <system_error>
 #include <type_traits>
+
+#include "platform/foundation/Handle.h"
 
 namespace orvane::Number {
 namespace {
 
-struct LocaleDeleter {
-  void operator()(locale_t locale) const { freelocale(locale); }
-};
-using OwnedLocale = std::unique_ptr<std::remove_pointer_t<locale_t>, LocaleDeleter>;
+using Locale = Handle<std::remove_pointer_t<locale_t>, freelocale>;
 
 bool isASCIIDigit(char character) { return character >= '0' && character <= '9'; }
 
@@ -29,7 +27,7 @@ bool isBlank(char character) {
 
 std::optional<double> parseDouble(std::string_view text) {
   if (text.empty() || isBlank(text.front())) return std::nullopt;
-  const OwnedLocale cLocale(newlocale(LC_ALL_MASK, "C", nullptr));
+  const Locale cLocale(newlocale(LC_ALL_MASK, "C", nullptr));
   const std::string terminated(text);
   char* end = nullptr;
   const double value = strtod_l(terminated.c_str(), &end, cLocale.get());

@@ -70,7 +70,6 @@ std::optional<BitmapContext> BitmapContext::create(std::size_t width, std::size_
                                                    ColorSpacePtr colorSpace) try {
   if (!colorSpace->supportsOutput()) return std::nullopt;
   BitmapContext context;
-  context.alpha_ = alpha;
   context.canvas_ = {
       .width = width,
       .height = height,
@@ -78,8 +77,7 @@ std::optional<BitmapContext> BitmapContext::create(std::size_t width, std::size_
       .layout = ChannelLayout::rgba,
       .alpha = alpha == Alpha::noneSkipLast ? AlphaKind::none : AlphaKind::premultiplied,
       .colorSpace = std::move(colorSpace)};
-  context.canvas_.bytesPerRow = width * context.canvas_.bytesPerPixel();
-  context.pixels_ = makePixelMemory(context.canvas_.bytesPerRow * height);
+  context.pixels_ = allocatePackedRows(context.canvas_);
   return context;
 } catch (const std::bad_alloc&) {
   return std::nullopt;
@@ -89,7 +87,7 @@ void BitmapContext::draw(const Image& image) {
   RowRenderer renderer(image, canvas_.colorSpace, canvas_.bitsPerComponent,
                        RowRenderer::AlphaForm::premultiplied);
   const bool seesThrough = image.alpha != AlphaKind::none &&
-                           (alpha_ == Alpha::noneSkipLast || background_ == Background::white);
+                           (canvas_.alpha == AlphaKind::none || background_ == Background::white);
   const auto renderRow = [&](std::size_t y, std::uint8_t* row) {
     renderer.render(y, row);
     if (!seesThrough) return;
@@ -105,8 +103,8 @@ void BitmapContext::draw(const Image& image) {
   const auto pixelSize = static_cast<std::ptrdiff_t>(canvas_.bytesPerPixel());
   if (where.columnStep == 1) {
     for (std::size_t y = 0; y < image.height; ++y) {
-      renderRow(y, pixels_.get() +
-                       (where.origin + static_cast<std::ptrdiff_t>(y) * where.rowStep) * pixelSize);
+      renderRow(
+          y, pixels_ + (where.origin + static_cast<std::ptrdiff_t>(y) * where.rowStep) * pixelSize);
     }
     return;
   }
@@ -117,13 +115,10 @@ void BitmapContext::draw(const Image& image) {
     for (std::size_t y = 0; y < rows; ++y) renderRow(first + y, block.data() + y * rowBytes);
     const auto placeBlock =
         canvas_.bitsPerComponent == 8 ? place<PixelBytes<4>> : place<PixelBytes<8>>;
-    placeBlock(block.data(), image.width, rows, where, first, pixels_.get());
+    placeBlock(block.data(), image.width, rows, where, first, pixels_);
   }
 }
 
-Image BitmapContext::makeImage() && {
-  canvas_.pixels = std::move(pixels_);
-  return std::move(canvas_);
-}
+Image BitmapContext::makeImage() && { return std::move(canvas_); }
 
 }  // namespace orvane

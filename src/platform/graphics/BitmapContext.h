@@ -49,8 +49,7 @@ class BitmapContext {
   BitmapContext() = default;
 
   Image canvas_;
-  MutablePixelMemory pixels_;
-  Alpha alpha_ = Alpha::noneSkipLast;
+  std::uint8_t* pixels_ = nullptr;  ///< those of `canvas_`
   Background background_ = Background::clear;
   AffineTransform transform_;
 };

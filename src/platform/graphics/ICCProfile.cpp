@@ -3,12 +3,20 @@
 #include <algorithm>
 #include <array>
 #include <new>
+#include <string_view>
 
 namespace orvane::ICCProfile {
 
 ProfileHandle open(ByteView profile) {
   return ProfileHandle(
       cmsOpenProfileFromMem(profile.data(), static_cast<cmsUInt32Number>(profile.size())));
+}
+
+bool isForGray(ByteView profile) {
+  constexpr std::string_view gray = "GRAY";
+  constexpr std::size_t dataColorSpace = 16;  // a byte's number
+  return profile.size() >= dataColorSpace + gray.size() &&
+         std::ranges::equal(profile.subspan(dataColorSpace, gray.size()), gray);
 }
 
 void describe(const ProfileHandle& profile, const std::string& name) {

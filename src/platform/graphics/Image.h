@@ -62,6 +62,15 @@ struct Image {
   }
 };
 
+/// Gives `image`, whose form has been chosen, packed rows of its own, not zeroed, and returns them
+/// for writing. Throws std::bad_alloc.
+inline std::uint8_t* allocatePackedRows(Image& image) {
+  image.bytesPerRow = image.width * image.bytesPerPixel();
+  const MutablePixelMemory pixels = makePixelMemory(image.bytesPerRow * image.height);
+  image.pixels = pixels;
+  return pixels.get();
+}
+
 /// Whether `image` holds, byte for byte, what an opaque 8-bit rendering of it into its own space
 /// would: packed R, G, B, 255.
 bool isOpaqueRendering(const Image& image);

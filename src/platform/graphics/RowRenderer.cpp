@@ -175,8 +175,6 @@ RowRenderer::RowRenderer(const Image& image, const ColorSpacePtr& target, int bi
 }
 
 RowRenderer::~RowRenderer() = default;
-RowRenderer::RowRenderer(RowRenderer&&) noexcept = default;
-RowRenderer& RowRenderer::operator=(RowRenderer&&) noexcept = default;
 
 void RowRenderer::render(std::size_t y, void* out) {
   const std::uint8_t* row = steps_->image.row(y);
@@ -188,6 +186,21 @@ void RowRenderer::render(std::size_t y, void* out) {
   } else {
     steps_->bitsPerComponent == 8 ? steps_->render(deepRow, bytes) : steps_->render(deepRow, words);
   }
+}
+
+Image rendered(const Image& image, const ColorSpacePtr& target, int bitsPerComponent) {
+  Image result{.width = image.width,
+               .height = image.height,
+               .bitsPerComponent = bitsPerComponent,
+               .layout = ChannelLayout::rgba,
+               .alpha = image.alpha == AlphaKind::none ? AlphaKind::none : AlphaKind::straight,
+               .colorSpace = target};
+  std::uint8_t* pixels = allocatePackedRows(result);
+  RowRenderer renderer(image, target, bitsPerComponent, RowRenderer::AlphaForm::straight);
+  for (std::size_t y = 0; y < result.height; ++y) {
+    renderer.render(y, pixels + y * result.bytesPerRow);
+  }
+  return result;
 }
 
 }  // namespace orvane

@@ -21,8 +21,6 @@ class RowRenderer {
   RowRenderer(const Image& image, const ColorSpacePtr& target, int bitsPerComponent,
               AlphaForm alphaForm);
   ~RowRenderer();
-  RowRenderer(RowRenderer&&) noexcept;
-  RowRenderer& operator=(RowRenderer&&) noexcept;
 
   /// Writes row `y`: width × 4 components of the constructor's depth, 16-bit ones in native order.
   void render(std::size_t y, void* out);
@@ -31,5 +29,8 @@ class RowRenderer {
   struct Steps;
   std::unique_ptr<Steps> steps_;
 };
+
+/// All rows of `image` in `target`, packed, with straight alpha where it has alpha.
+Image rendered(const Image& image, const ColorSpacePtr& target, int bitsPerComponent);
 
 }  // namespace orvane

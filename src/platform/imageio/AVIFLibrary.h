@@ -2,22 +2,16 @@
 
 #include <avif/avif.h>
 
-#include <memory>
-
 #include "platform/foundation/Bytes.h"
+#include "platform/foundation/Handle.h"
 
 /// libavif's handles, and the one place that knows what differs between its versions (0.11 to 1.x)
 /// and those of libaom behind it.
 namespace orvane::AVIFLibrary {
 
-struct Deleter {
-  void operator()(avifDecoder* decoder) const { avifDecoderDestroy(decoder); }
-  void operator()(avifEncoder* encoder) const { avifEncoderDestroy(encoder); }
-  void operator()(avifImage* image) const { avifImageDestroy(image); }
-};
-using Decoder = std::unique_ptr<avifDecoder, Deleter>;
-using Encoder = std::unique_ptr<avifEncoder, Deleter>;
-using Picture = std::unique_ptr<avifImage, Deleter>;
+using Decoder = Handle<avifDecoder, avifDecoderDestroy>;
+using Encoder = Handle<avifEncoder, avifEncoderDestroy>;
+using Picture = Handle<avifImage, avifImageDestroy>;
 
 /// What an encoder has written.
 struct Output {

@@ -1,6 +1,6 @@
-#include <cstring>
 #include <new>
 
+#include "platform/graphics/ICCProfile.h"
 #include "platform/imageio/AVIFLibrary.h"
 #include "platform/imageio/ISOBaseMedia.h"
 #include "platform/imageio/ImageLimits.h"
@@ -16,8 +16,8 @@ void require(avifResult result) {
 
 /// Files without an item that codes the picture are sequences, whose tracks do.
 bool recognises(ByteView file) {
-  const auto item = ISOBaseMedia::primaryItem(file);
-  return item ? item->codedAs == "av01" : ISOBaseMedia::hasBrand(file, "avis");
+  const auto coding = ISOBaseMedia::primaryItemCoding(file);
+  return coding ? coding == "av01" : ISOBaseMedia::hasBrand(file, "avis");
 }
 
 /// The EXIF number of a turn by `angle` × 90° anti-clockwise and a mirror image after it, the order
@@ -68,11 +68,6 @@ Image cropped(Image image, const avifCleanApertureBox& box) {
 
 ByteView iccOf(const avifImage& picture) { return {picture.icc.data, picture.icc.size}; }
 
-/// ICC.1:2022, 7.2.6: the data colour space, at byte 16 of the header.
-bool isGrayProfile(ByteView profile) {
-  return profile.size() >= 20 && std::memcmp(profile.data() + 16, "GRAY", 4) == 0;
-}
-
 ColorSpacePtr colorSpaceOf(const avifImage& picture, ColorSpace::Model model) {
   const ByteView icc = iccOf(picture);
   ImageLimits::checkICC(icc.size());
@@ -112,18 +107,15 @@ Image render(const avifImage& picture) {
               .layout = ChannelLayout::rgba,
               .alpha = alphaOf(picture),
               .colorSpace = colorSpaceOf(picture, ColorSpace::Model::rgb)};
-  image.bytesPerRow = image.width * image.bytesPerPixel();
-  const auto pixels = makePixelMemory(image.bytesPerRow * image.height);
   avifRGBImage target{};
   avifRGBImageSetDefaults(&target, &picture);
   target.depth = static_cast<std::uint32_t>(image.bitsPerComponent);
   target.avoidLibYUV = outgrowsLibYUV(picture);
   target.chromaUpsampling = AVIF_CHROMA_UPSAMPLING_BEST_QUALITY;
   target.alphaPremultiplied = picture.alphaPremultiplied;
-  target.pixels = pixels.get();
+  target.pixels = allocatePackedRows(image);
   target.rowBytes = static_cast<std::uint32_t>(image.bytesPerRow);
   require(avifImageYUVToRGB(&picture, &target));
-  image.pixels = pixels;
   return image;
 }
 
@@ -133,9 +125,7 @@ Image asGray(const Image& rendered, const ColorSpacePtr& colorSpace) {
   Image gray = rendered;
   gray.layout = rendered.alpha == AlphaKind::none ? ChannelLayout::gray : ChannelLayout::grayAlpha;
   gray.colorSpace = colorSpace;
-  gray.bytesPerRow = gray.width * gray.bytesPerPixel();
-  const auto pixels = makePixelMemory(gray.bytesPerRow * gray.height);
-  auto* out = reinterpret_cast<Component*>(pixels.get());
+  auto* out = reinterpret_cast<Component*>(allocatePackedRows(gray));
   for (std::size_t y = 0; y < rendered.height; ++y) {
     const auto* in = reinterpret_cast<const Component*>(rendered.row(y));
     for (std::size_t x = 0; x < rendered.width; ++x, in += 4) {
@@ -143,7 +133,6 @@ Image asGray(const Image& rendered, const ColorSpacePtr& colorSpace) {
       if (gray.layout == ChannelLayout::grayAlpha) *out++ = in[3];
     }
   }
-  gray.pixels = pixels;
   return gray;
 }
 
@@ -180,7 +169,7 @@ Image AVIFSource::image() {
   replaceConstantLuminance(*decoder_->image);
   const avifImage& picture = *decoder_->image;
   Image image = render(picture);
-  if (picture.yuvFormat == AVIF_PIXEL_FORMAT_YUV400 && isGrayProfile(iccOf(picture))) {
+  if (picture.yuvFormat == AVIF_PIXEL_FORMAT_YUV400 && ICCProfile::isForGray(iccOf(picture))) {
     const auto gray = colorSpaceOf(picture, ColorSpace::Model::gray);
     image = image.bitsPerComponent == 8 ? asGray<std::uint8_t>(image, gray)
                                         : asGray<std::uint16_t>(image, gray);

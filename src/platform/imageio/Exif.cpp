@@ -4,16 +4,14 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <new>
+
+#include "platform/foundation/Handle.h"
 
 namespace orvane::Exif {
 namespace {
 
-struct ExifDataDeleter {
-  void operator()(ExifData* data) const { exif_data_unref(data); }
-};
-using ExifDataHandle = std::unique_ptr<ExifData, ExifDataDeleter>;
+using ExifDataHandle = Handle<ExifData, exif_data_unref>;
 
 constexpr std::array<std::uint8_t, 6> identifier{'E', 'x', 'i', 'f', 0, 0};
 

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <limits>
 
+#include "platform/graphics/ICCProfile.h"
 #include "platform/imageio/HEIFLibrary.h"
 #include "platform/imageio/ISOBaseMedia.h"
 #include "platform/imageio/ImageLimits.h"
@@ -21,11 +21,6 @@ Bytes iccProfile(const heif_image_handle* handle) {
   Bytes profile(size);
   const heif_error error = heif_image_handle_get_raw_color_profile(handle, profile.data());
   return error.code == heif_error_Ok ? profile : Bytes{};
-}
-
-/// Whether a profile is for grey pictures (ICC.1:2022, 7.2.6: the colour space at offset 16).
-bool isForGray(ByteView profile) {
-  return profile.size() >= 20 && std::memcmp(profile.data() + 16, "GRAY", 4) == 0;
 }
 
 /// What the file's colr box says in code points, or else the HEVC stream, where libheif hands that
@@ -107,10 +102,10 @@ void interleave(const heif_image* source, Image& target) {
   const std::vector<Sample> filler(target.width, std::numeric_limits<Sample>::max());
   std::array<const Sample*, 4> rows;
   rows.fill(filler.data());
-  auto memory = makePixelMemory(target.bytesPerRow * target.height);
+  std::uint8_t* pixels = allocatePackedRows(target);
   for (std::size_t y = 0; y < target.height; ++y) {
     for (std::size_t c = 0; c < channels.size(); ++c) rows[c] = channels[c].row(y);
-    auto* out = reinterpret_cast<Sample*>(memory.get() + y * target.bytesPerRow);
+    auto* out = reinterpret_cast<Sample*>(pixels + y * target.bytesPerRow);
     switch (target.layout) {
       case ChannelLayout::gray:
         interleaveRow<1>(rows, target.width, out);
@@ -122,7 +117,6 @@ void interleave(const heif_image* source, Image& target) {
         interleaveRow<4>(rows, target.width, out);
     }
   }
-  target.pixels = std::move(memory);
 }
 
 std::size_t side(int length) {
@@ -207,7 +201,7 @@ Image HEICSource::image() try {
     image.alpha = premultiplied ? AlphaKind::premultiplied : AlphaKind::straight;
   }
   const Bytes profile = iccProfile(handle_.get());
-  if (isForGray(profile)) {
+  if (ICCProfile::isForGray(profile)) {
     image.layout = image.alpha == AlphaKind::none ? ChannelLayout::gray : ChannelLayout::grayAlpha;
     image.colorSpace = ColorSpace::fromICC(profile, ColorSpace::Model::gray);
   } else if (!profile.empty()) {
@@ -216,7 +210,6 @@ Image HEICSource::image() try {
     image.colorSpace = ColorSpace::fromCodePoints(codePoints(handle_.get(), decoded.get()),
                                                   ColorSpace::Model::rgb);
   }
-  image.bytesPerRow = image.width * image.bytesPerPixel();
   if (image.bitsPerComponent == 16) {
     interleave<std::uint16_t>(decoded.get(), image);
   } else {
@@ -227,10 +220,7 @@ Image HEICSource::image() try {
   throw UnreadableImage(error.what());
 }
 
-bool recognises(ByteView file) {
-  const auto primary = ISOBaseMedia::primaryItem(file);
-  return primary && primary->codedAs == "hvc1";
-}
+bool recognises(ByteView file) { return ISOBaseMedia::primaryItemCoding(file) == "hvc1"; }
 
 std::unique_ptr<ImageSource> open(ByteView file) {
   try {

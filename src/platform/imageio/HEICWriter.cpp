@@ -45,7 +45,7 @@ HEIFImage emptyImage(std::size_t width, std::size_t height) {
 }
 
 /// `image` rendered into `space`, as planes of YCbCr 4:2:0 and, where it has one, alpha.
-HEIFImage rendered(const Image& image, const ColorSpacePtr& space) {
+HEIFImage convert(const Image& image, const ColorSpacePtr& space) {
   const std::size_t width = image.width;
   const std::size_t height = image.height;
   HEIFImage result = emptyImage(width, height);
@@ -118,7 +118,7 @@ Bytes encode(const Image& image, double quality) try {
   if (std::max(image.width, image.height) > maximumSide)
     throw UnwritableImage("a side is too long");
   const ColorSpacePtr space = renderingSpace(image.colorSpace);
-  const HEIFImage planes = rendered(image, space);
+  const HEIFImage planes = convert(image, space);
   const HEIFColorProfile description = planeDescription(*space);
   HEIFLibrary::check(heif_image_set_nclx_color_profile(planes.get(), description.get()));
   if (!space->codePoints()) attachICC(planes.get(), space->iccData());

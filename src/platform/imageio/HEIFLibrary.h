@@ -2,29 +2,19 @@
 
 #include <libheif/heif.h>
 
-#include <memory>
 #include <stdexcept>
+
+#include "platform/foundation/Handle.h"
 
 namespace orvane {
 
-/// Owners of libheif handles, each deleted by its own function.
-template <auto free>
-struct HEIFDeleter {
-  template <class Handle>
-  void operator()(Handle* handle) const {
-    free(handle);
-  }
-};
-using HEIFContext = std::unique_ptr<heif_context, HEIFDeleter<heif_context_free>>;
-using HEIFImageHandle = std::unique_ptr<heif_image_handle, HEIFDeleter<heif_image_handle_release>>;
-using HEIFImage = std::unique_ptr<heif_image, HEIFDeleter<heif_image_release>>;
-using HEIFColorProfile =
-    std::unique_ptr<heif_color_profile_nclx, HEIFDeleter<heif_nclx_color_profile_free>>;
-using HEIFEncoder = std::unique_ptr<heif_encoder, HEIFDeleter<heif_encoder_release>>;
-using HEIFEncodingOptions =
-    std::unique_ptr<heif_encoding_options, HEIFDeleter<heif_encoding_options_free>>;
-using HEIFDecodingOptions =
-    std::unique_ptr<heif_decoding_options, HEIFDeleter<heif_decoding_options_free>>;
+using HEIFContext = Handle<heif_context, heif_context_free>;
+using HEIFImageHandle = Handle<heif_image_handle, heif_image_handle_release>;
+using HEIFImage = Handle<heif_image, heif_image_release>;
+using HEIFColorProfile = Handle<heif_color_profile_nclx, heif_nclx_color_profile_free>;
+using HEIFEncoder = Handle<heif_encoder, heif_encoder_release>;
+using HEIFEncodingOptions = Handle<heif_encoding_options, heif_encoding_options_free>;
+using HEIFDecodingOptions = Handle<heif_decoding_options, heif_decoding_options_free>;
 
 /// libheif, and the one place that knows how its generations differ (1.15, 1.19 and later).
 namespace HEIFLibrary {

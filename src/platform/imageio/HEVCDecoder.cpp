@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/foundation/Bytes.h"
+#include "platform/foundation/Handle.h"
 #include "platform/imageio/HEIFLibrary.h"
 #include "platform/imageio/HEVCPlane.h"
 #include "platform/imageio/ImageLimits.h"
@@ -40,10 +41,7 @@ heif_error guarded(Work work) {
   return {heif_error_Decoder_plugin_error, heif_suberror_Unspecified, reason};
 }
 
-struct ContextFreer {
-  void operator()(de265_decoder_context* context) const { de265_free_decoder(context); }
-};
-using ContextHandle = std::unique_ptr<de265_decoder_context, ContextFreer>;
+using ContextHandle = Handle<de265_decoder_context, de265_free_decoder>;
 
 // MARK: Picture memory
 
@@ -221,7 +219,7 @@ heif_error newDecoder(void** decoder) {
   return guarded([&] { *decoder = makeContext().release(); });
 }
 
-void freeDecoder(void* decoder) { ContextFreer()(decoder); }
+void freeDecoder(void* decoder) { de265_free_decoder(decoder); }
 
 heif_error pushData(void* decoder, const void* data, size_t size) {
   return guarded([&] { pushUnits(decoder, {static_cast<const std::uint8_t*>(data), size}); });

@@ -3,7 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <memory>
+
+#include "platform/foundation/Handle.h"
 
 namespace orvane {
 
@@ -23,10 +24,6 @@ class HEVCPlane {
   bool isComplete() const;
 
  private:
-  struct Freer {
-    void operator()(std::uint8_t* memory) const { std::free(memory); }
-  };
-
   template <class Sample>
   Sample* row(std::size_t y) const {
     return reinterpret_cast<Sample*>(memory_.get() + y * bytesPerRow_);
@@ -42,7 +39,7 @@ class HEVCPlane {
   std::size_t height_;
   int bitDepth_;
   std::size_t bytesPerRow_;
-  std::unique_ptr<std::uint8_t, Freer> memory_;
+  Handle<std::uint8_t, std::free> memory_;
 };
 
 }  // namespace orvane

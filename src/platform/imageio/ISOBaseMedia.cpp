@@ -130,7 +130,7 @@ bool hasBrand(ByteView file, std::string_view brand) {
   return false;
 }
 
-std::optional<PrimaryItem> primaryItem(ByteView file) {
+std::optional<std::string_view> primaryItemCoding(ByteView file) {
   Cursor start(file);
   if (takeBox(start).type != "ftyp") return std::nullopt;
   Cursor meta(findBox(file, "meta"));
@@ -140,16 +140,15 @@ std::optional<PrimaryItem> primaryItem(ByteView file) {
   const ByteView iref = findBox(boxes, "iref");
 
   std::uint64_t item = primaryIdentifier(findBox(boxes, "pitm"));
-  const std::string_view type = itemType(iinf, item);
-  if (item == 0 || type.empty()) return std::nullopt;
-  std::string_view codedAs = type;
+  std::string_view codedAs = itemType(iinf, item);
+  if (item == 0 || codedAs.empty()) return std::nullopt;
   for (int hop = 0; hop < maximumDerivations && passesOn(codedAs); ++hop) {
     item = firstSource(iref, item);
     const std::string_view sourceType = itemType(iinf, item);
     if (item == 0 || sourceType.empty()) break;
     codedAs = sourceType;
   }
-  return PrimaryItem{type, codedAs};
+  return codedAs;
 }
 
 }  // namespace orvane::ISOBaseMedia

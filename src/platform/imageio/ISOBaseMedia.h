@@ -15,16 +15,10 @@ namespace orvane::ISOBaseMedia {
 /// compatible one.
 bool hasBrand(ByteView file, std::string_view brand);
 
-struct PrimaryItem {
-  std::string_view type;  ///< as it stands there: "av01", "hvc1", "grid", "iden", "iovl", …
-
-  /// `type`, but for grids and identity derivations the type of the first item that they are
-  /// derived from. Stays "grid" or "iden" where that leads nowhere.
-  std::string_view codedAs;
-};
-
-/// The primary item, or nothing when the file does not begin with a file type box, names no primary
-/// item or does not say of what type it is.
-std::optional<PrimaryItem> primaryItem(ByteView file);
+/// How the primary item is coded: its type ("av01", "hvc1", "iovl", …), but for grids and identity
+/// derivations the type of the first item that they are derived from; "grid" or "iden" where that
+/// leads nowhere. Nothing when the file does not begin with a file type box, names no primary item
+/// or does not say of what type it is.
+std::optional<std::string_view> primaryItemCoding(ByteView file);
 
 }  // namespace orvane::ISOBaseMedia

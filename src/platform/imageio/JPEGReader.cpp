@@ -7,7 +7,7 @@
 #include "platform/imageio/ImageLimits.h"
 #include "platform/imageio/ImageReader.h"
 #include "platform/imageio/JPEGColorProfile.h"
-#include "platform/imageio/JPEGErrors.h"
+#include "platform/imageio/JPEGLibrary.h"
 
 namespace orvane {
 namespace {
@@ -40,13 +40,6 @@ Output outputOf(J_COLOR_SPACE stored) {
   }
 }
 
-struct Decompressor : jpeg_decompress_struct {
-  Decompressor() : jpeg_decompress_struct{} {}
-  ~Decompressor() { jpeg_destroy_decompress(this); }
-  Decompressor(const Decompressor&) = delete;
-  Decompressor& operator=(const Decompressor&) = delete;
-};
-
 class JPEGSource final : public ImageSource {
  public:
   explicit JPEGSource(ByteView file);
@@ -75,7 +68,7 @@ class JPEGSource final : public ImageSource {
   ByteView file_;
   JPEGErrors errors_;
   jpeg_progress_mgr progress_{};
-  Decompressor info_;
+  JPEGDecompressor info_;
   bool endIsMissing_ = false;  ///< the file ended before its EOI marker
   int orientation_ = 1;
 };
@@ -139,15 +132,13 @@ Image JPEGSource::image() {
               .layout = output.layout,
               .colorSpace = ColorSpace::fromICC(JPEGColorProfile::assembled(info_.marker_list),
                                                 output.model)};
-  image.bytesPerRow = image.width * image.bytesPerPixel();
   run([this] { jpeg_start_decompress(&info_); });
   requireEveryScan();
-  const MutablePixelMemory pixels = makePixelMemory(image.bytesPerRow * image.height);
+  std::uint8_t* pixels = allocatePackedRows(image);
   run([&] {
-    readRows(pixels.get(), image.bytesPerRow);
+    readRows(pixels, image.bytesPerRow);
     jpeg_finish_decompress(&info_);
   });
-  image.pixels = pixels;
   return image;
 }
 

@@ -5,7 +5,7 @@
 #include "platform/imageio/ChromaEdges.h"
 #include "platform/imageio/ImageDestination.h"
 #include "platform/imageio/JPEGColorProfile.h"
-#include "platform/imageio/JPEGErrors.h"
+#include "platform/imageio/JPEGLibrary.h"
 #include "platform/imageio/JPEGSettings.h"
 #include "platform/imageio/OpaqueRows.h"
 
@@ -51,13 +51,6 @@ class Output : public jpeg_destination_mgr {
   Bytes bytes_;
 };
 
-struct Compressor : jpeg_compress_struct {
-  Compressor() : jpeg_compress_struct{} {}
-  ~Compressor() { jpeg_destroy_compress(this); }
-  Compressor(const Compressor&) = delete;
-  Compressor& operator=(const Compressor&) = delete;
-};
-
 class Encoder {
  public:
   explicit Encoder(OpaqueRows& rows)
@@ -87,7 +80,7 @@ class Encoder {
   OpaqueRows& rows_;
   Output output_;
   JPEGErrors errors_;
-  Compressor info_;
+  JPEGCompressor info_;
 };
 
 void Encoder::configure(J_COLOR_SPACE colors, const JPEGSettings& settings) {

@@ -50,49 +50,19 @@ int depthOf(const JxlBasicInfo& info) {
   return info.bits_per_sample > 8 || info.exponent_bits_per_sample > 0 ? 16 : 8;
 }
 
-/// A picture of this shape without its pixels. Throws UnreadableImage when it is past a limit.
-Image shapeOf(const JxlBasicInfo& info, int bitsPerComponent, const ColorSpacePtr& colorSpace) {
-  Image image{.width = info.xsize,
-              .height = info.ysize,
-              .bitsPerComponent = bitsPerComponent,
-              .layout = layoutOf(info),
-              .alpha = alphaOf(info),
-              .colorSpace = colorSpace};
+/// Fills `image`, whose form has been chosen.
+void decodePixels(JxlDecoder* decoder, Image& image) {
   ImageLimits::check(image.width, image.height, image.bytesPerPixel());
-  image.bytesPerRow = image.width * image.bytesPerPixel();
-  return image;
-}
-
-Image decodePixels(JxlDecoder* decoder, Image shape) {
-  const JxlPixelFormat format{static_cast<std::uint32_t>(channelCount(shape.layout)),
-                              shape.bitsPerComponent == 16 ? JXL_TYPE_UINT16 : JXL_TYPE_UINT8,
+  const JxlPixelFormat format{static_cast<std::uint32_t>(channelCount(image.layout)),
+                              image.bitsPerComponent == 16 ? JXL_TYPE_UINT16 : JXL_TYPE_UINT8,
                               JXL_NATIVE_ENDIAN, 0};
-  const std::size_t size = shape.bytesPerRow * shape.height;
   advance(decoder, JXL_DEC_NEED_IMAGE_OUT_BUFFER);
-  const MutablePixelMemory pixels = makePixelMemory(size);
-  if (JxlDecoderSetImageOutBuffer(decoder, &format, pixels.get(), size) != JXL_DEC_SUCCESS) {
+  std::uint8_t* pixels = allocatePackedRows(image);
+  const std::size_t size = image.bytesPerRow * image.height;
+  if (JxlDecoderSetImageOutBuffer(decoder, &format, pixels, size) != JXL_DEC_SUCCESS) {
     throw UnreadableImage("libjxl refuses the pixel memory");
   }
   advance(decoder, JXL_DEC_FULL_IMAGE);
-  shape.pixels = pixels;
-  return shape;
-}
-
-Image rendered(const Image& source, const ColorSpacePtr& colorSpace, int bitsPerComponent) {
-  Image image{.width = source.width,
-              .height = source.height,
-              .bitsPerComponent = bitsPerComponent,
-              .layout = ChannelLayout::rgba,
-              .alpha = source.alpha == AlphaKind::none ? AlphaKind::none : AlphaKind::straight,
-              .colorSpace = colorSpace};
-  image.bytesPerRow = image.width * image.bytesPerPixel();
-  const MutablePixelMemory pixels = makePixelMemory(image.bytesPerRow * image.height);
-  RowRenderer renderer(source, colorSpace, bitsPerComponent, RowRenderer::AlphaForm::straight);
-  for (std::size_t y = 0; y < image.height; ++y) {
-    renderer.render(y, pixels.get() + y * image.bytesPerRow);
-  }
-  image.pixels = pixels;
-  return image;
 }
 
 /// JPEG XL (ISO/IEC 18181-1), bare or in its container (18181-2). libjxl turns the picture upright.
@@ -107,7 +77,9 @@ class JXLSource final : public ImageSource {
     for (std::uint32_t channel = 0; channel < info_.num_extra_channels; ++channel) {
       if (isBlack(decoder.get(), channel)) throw UnreadableImage("CMYK is not supported");
     }
-    shapeOf(info_, depthOf(info_), nullptr);  // for its limits
+    const std::size_t channels = channelCount(layoutOf(info_));
+    ImageLimits::check(info_.xsize, info_.ysize,
+                       channels * static_cast<std::size_t>(depthOf(info_) / 8));
     if (info_.have_animation) frameCount_ = countFrames(decoder.get());
   }
 
@@ -119,13 +91,17 @@ class JXLSource final : public ImageSource {
     const JxlDecoderPtr decoder = makeDecoder(file_, JXL_DEC_COLOR_ENCODING | JXL_DEC_FULL_IMAGE);
     advance(decoder.get(), JXL_DEC_COLOR_ENCODING);
     const JXLColors colors = JXLColors::choose(decoder.get(), info_);
-    const int depth = depthOf(info_);
-    if (colors.decoded == colors.image) {
-      return decodePixels(decoder.get(), shapeOf(info_, depth, colors.decoded));
-    }
+    const bool isConverted = colors.decoded != colors.image;
     // In between, 8 bits would be rounded twice.
-    const Image decoded = decodePixels(decoder.get(), shapeOf(info_, 16, colors.decoded));
-    return rendered(decoded, colors.image, depth);
+    const int depth = depthOf(info_);
+    Image image{.width = info_.xsize,
+                .height = info_.ysize,
+                .bitsPerComponent = isConverted ? 16 : depth,
+                .layout = layoutOf(info_),
+                .alpha = alphaOf(info_),
+                .colorSpace = colors.decoded};
+    decodePixels(decoder.get(), image);
+    return isConverted ? rendered(image, colors.image, depth) : image;
   }
 
  private:

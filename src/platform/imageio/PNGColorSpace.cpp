@@ -4,19 +4,15 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <memory>
 
+#include "platform/foundation/Handle.h"
 #include "platform/imageio/ImageLimits.h"
 #include "platform/imageio/ImageSource.h"
 
 namespace orvane {
 namespace {
 
-struct InflateEnder {
-  void operator()(z_stream* stream) const { inflateEnd(stream); }
-};
-/// What zlib hangs on a structure of the caller's.
-using InflateState = std::unique_ptr<z_stream, InflateEnder>;
+using InflateState = Handle<z_stream, inflateEnd>;
 
 /// What a zlib stream holds, or nothing when it is broken.
 std::optional<Bytes> inflateProfile(ByteView stream) {

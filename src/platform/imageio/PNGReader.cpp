@@ -148,10 +148,7 @@ class PNGSource final : public ImageSource {
         image.layout == ChannelLayout::gray || image.layout == ChannelLayout::grayAlpha;
     image.colorSpace =
         pngColorSpace(chunks_, isGray ? ColorSpace::Model::gray : ColorSpace::Model::rgb);
-    image.bytesPerRow = image.width * image.bytesPerPixel();
-    const MutablePixelMemory pixels = makePixelMemory(image.bytesPerRow * image.height);
-    decoder.readPixels(image, pixels.get());
-    image.pixels = pixels;
+    decoder.readPixels(image, allocatePackedRows(image));
     return image;
   }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/foundation/Handle.h"
 #include "platform/imageio/Exif.h"
 #include "platform/imageio/ImageLimits.h"
 #include "platform/imageio/ImageReader.h"
@@ -11,21 +12,9 @@
 namespace orvane {
 namespace {
 
-struct DemuxerDeleter {
-  void operator()(WebPDemuxer* demuxer) const { WebPDemuxDelete(demuxer); }
-};
-using Demuxer = std::unique_ptr<WebPDemuxer, DemuxerDeleter>;
-
-/// Owners of what libwebpdemux hangs on a structure of the caller's.
-struct FrameReleaser {
-  void operator()(WebPIterator* frame) const { WebPDemuxReleaseIterator(frame); }
-};
-using FrameContent = std::unique_ptr<WebPIterator, FrameReleaser>;
-
-struct ChunkReleaser {
-  void operator()(WebPChunkIterator* chunk) const { WebPDemuxReleaseChunkIterator(chunk); }
-};
-using ChunkContent = std::unique_ptr<WebPChunkIterator, ChunkReleaser>;
+using Demuxer = Handle<WebPDemuxer, WebPDemuxDelete>;
+using FrameContent = Handle<WebPIterator, WebPDemuxReleaseIterator>;
+using ChunkContent = Handle<WebPChunkIterator, WebPDemuxReleaseChunkIterator>;
 
 /// Throws unless the file is whole.
 Demuxer demux(ByteView file) {
@@ -77,14 +66,12 @@ class WebPSource final : public ImageSource {
     const bool fillsCanvas = width == canvas.width && height == canvas.height;
     canvas.alpha = frame.has_alpha || !fillsCanvas ? AlphaKind::straight : AlphaKind::none;
 
-    canvas.bytesPerRow = canvas.width * canvas.bytesPerPixel();
+    std::uint8_t* pixels = allocatePackedRows(canvas);
     const std::size_t size = canvas.bytesPerRow * canvas.height;
-    const MutablePixelMemory pixels = makePixelMemory(size);
-    if (!fillsCanvas) std::memset(pixels.get(), 0, size);
+    if (!fillsCanvas) std::memset(pixels, 0, size);
     const std::size_t start = static_cast<std::size_t>(frame.y_offset) * canvas.bytesPerRow +
                               static_cast<std::size_t>(frame.x_offset) * canvas.bytesPerPixel();
-    decode(frame.fragment, pixels.get() + start, canvas.bytesPerRow, size - start);
-    canvas.pixels = pixels;
+    decode(frame.fragment, pixels + start, canvas.bytesPerRow, size - start);
     return canvas;
   }
 

@@ -8,6 +8,7 @@
 
 #include "platform/imageio/ImageReader.h"
 #include "support/AVIFBuilder.h"
+#include "support/BoxPatches.h"
 #include "support/JPEGBuilder.h"
 #include "support/TestImages.h"
 #include "support/TestProfiles.h"
@@ -25,19 +26,6 @@ std::unique_ptr<ImageSource> open(ByteView file) {
 
 Image decode(ByteView file) { return open(file)->image(); }
 
-/// The largest difference of any channel.
-int maximumDifference(const Image& left, const Image& right) {
-  int largest = 0;
-  for (std::size_t y = 0; y < left.height; ++y) {
-    for (std::size_t x = 0; x < left.width; ++x) {
-      const Pixel a = test::pixelAt(left, x, y);
-      const Pixel b = test::pixelAt(right, x, y);
-      for (std::size_t c = 0; c < 4; ++c) largest = std::max(largest, std::abs(a[c] - b[c]));
-    }
-  }
-  return largest;
-}
-
 /// What a value of fewer bits is in 16: both ranges are full.
 double in16Bits(std::size_t coded, std::size_t top) {
   return static_cast<double>(coded) * 65535 / static_cast<double>(top);
@@ -54,27 +42,6 @@ Image deepRamp(std::size_t top, AlphaKind alpha) {
       });
 }
 
-/// Where the four characters of a box's type stand.
-std::size_t boxType(const Bytes& file, std::string_view type, std::size_t from = 0) {
-  const auto found = std::search(file.begin() + static_cast<std::ptrdiff_t>(from), file.end(),
-                                 type.begin(), type.end());
-  EXPECT_NE(found, file.end()) << type;
-  return static_cast<std::size_t>(found - file.begin());
-}
-
-void put32(Bytes& file, std::size_t at, std::uint32_t value) {
-  for (int i = 0; i < 4; ++i)
-    file[at + static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
-}
-
-/// `file` with the size of the picture that stands in its header replaced.
-Bytes withSizes(Bytes file, std::uint32_t width, std::uint32_t height) {
-  const std::size_t ispe = boxType(file, "ispe");
-  put32(file, ispe + 8, width);
-  put32(file, ispe + 12, height);
-  return file;
-}
-
 TEST(AVIFReader, keepsAnOpaquePictureOf8BitsAsRGBAWithoutAlpha) {
   const Image picture = test::patchImage(33, 21, ColorSpace::sRGB());
   const auto source = open(test::buildAVIF(picture));
@@ -89,7 +56,7 @@ TEST(AVIFReader, decodesLosslessPicturesExactly) {
   const Image image = decode(file);
   EXPECT_TRUE(isOpaqueRendering(image));
   EXPECT_TRUE(image.colorSpace->isSRGB());
-  EXPECT_EQ(maximumDifference(image, picture), 0);
+  EXPECT_EQ(test::maximumDifference(image, picture), 0);
 }
 
 TEST(AVIFReader, decodesTwiceTheSame) {
@@ -97,7 +64,7 @@ TEST(AVIFReader, decodesTwiceTheSame) {
       test::buildAVIFSequence({test::gradientImage(16, 16), test::noisyImage(16, 16)});
   const auto source = open(file);
   const Image first = source->image();
-  EXPECT_EQ(maximumDifference(source->image(), first), 0);
+  EXPECT_EQ(test::maximumDifference(source->image(), first), 0);
 }
 
 TEST(AVIFReader, decodesEverySubsamplingAndRange) {
@@ -134,7 +101,7 @@ TEST(AVIFReader, decodesMonochromePicturesAsRGBInFullRange) {
                                                       .range = range,
                                                       .matrix = AVIF_MATRIX_COEFFICIENTS_BT601}));
     EXPECT_TRUE(isOpaqueRendering(image));
-    EXPECT_LE(maximumDifference(image, ramp), range == AVIF_RANGE_FULL ? 0 : 1);
+    EXPECT_LE(test::maximumDifference(image, ramp), range == AVIF_RANGE_FULL ? 0 : 1);
   }
 }
 
@@ -185,7 +152,7 @@ TEST(AVIFReader, keepsStraightAlphaAndTheColoursBelowIt) {
   const Image image = decode(test::buildAVIF(picture));
   EXPECT_EQ(image.layout, ChannelLayout::rgba);
   EXPECT_EQ(image.alpha, AlphaKind::straight);
-  EXPECT_EQ(maximumDifference(image, picture), 0);
+  EXPECT_EQ(test::maximumDifference(image, picture), 0);
 }
 
 TEST(AVIFReader, takesPremultipliedAlphaAsSuch) {
@@ -197,7 +164,7 @@ TEST(AVIFReader, takesPremultipliedAlphaAsSuch) {
                       });
   const Image image = decode(test::buildAVIF(picture, {.isPremultiplied = true}));
   EXPECT_EQ(image.alpha, AlphaKind::premultiplied);
-  EXPECT_EQ(maximumDifference(image, picture), 0);
+  EXPECT_EQ(test::maximumDifference(image, picture), 0);
 }
 
 /// The EXIF number (CIPA DC-008, tag 0x112) of a stored picture with the corners "ABCD" (top left,
@@ -223,7 +190,8 @@ TEST(AVIFReader, reportsEveryRotationAndMirrorImageAsItsEXIFNumber) {
       const auto file = test::buildAVIF(picture, recipe);
       const auto source = open(file);
       EXPECT_EQ(source->orientation(), exifNumber(corners)) << int{turns} << " " << axis;
-      EXPECT_EQ(maximumDifference(source->image(), picture), 0) << "stored pixels stay as they are";
+      EXPECT_EQ(test::maximumDifference(source->image(), picture), 0)
+          << "stored pixels stay as they are";
     }
   }
 }
@@ -276,10 +244,10 @@ TEST(AVIFReader, movesACropBetweenTwoPixelsToTheFirst) {
 
 TEST(AVIFReader, refusesACropThatReachesOutOfThePicture) {
   const Bytes file = test::buildAVIF(test::gradientImage(24, 16), {.crop = crop(10, 6, 0, 0)});
-  const std::size_t box = boxType(file, "clap") + 4;
+  const std::size_t box = test::codeIn(file, "clap") + 4;
   const auto damaged = [&](std::size_t index, std::uint32_t value) {
     Bytes copy = file;
-    put32(copy, box + index * 4, value);
+    test::put32(copy, box + index * 4, value);
     return copy;
   };
   EXPECT_NO_THROW(decode(damaged(4, 7)));
@@ -331,7 +299,7 @@ TEST(AVIFReader, readsTheFirstPictureOfASequence) {
   const auto source = open(file);
   EXPECT_EQ(source->frameCount(), 3u);
   EXPECT_EQ(source->typeIdentifier(), "public.avif");
-  EXPECT_EQ(maximumDifference(source->image(), first), 0);
+  EXPECT_EQ(test::maximumDifference(source->image(), first), 0);
 }
 
 TEST(AVIFReader, knowsThePictureByItsCodingNotByTheMajorBrand) {
@@ -339,12 +307,10 @@ TEST(AVIFReader, knowsThePictureByItsCodingNotByTheMajorBrand) {
   Bytes file = test::buildAVIF(picture);
   for (const std::string_view brand : {"mif1", "heic"}) {
     std::ranges::copy(brand, file.begin() + 8);
-    EXPECT_EQ(maximumDifference(decode(file), picture), 0) << brand;
+    EXPECT_EQ(test::maximumDifference(decode(file), picture), 0) << brand;
   }
   std::ranges::copy(std::string_view("avif"), file.begin() + 8);
-  std::ranges::copy(std::string_view("hvc1"),
-                    file.begin() + static_cast<std::ptrdiff_t>(boxType(file, "av01")));
-  EXPECT_FALSE(avifReader.recognises(file));
+  EXPECT_FALSE(avifReader.recognises(test::withCode(file, "av01", "hvc1")));
   EXPECT_FALSE(avifReader.recognises({}));
 }
 
@@ -362,10 +328,10 @@ TEST(AVIFReader, refusesEveryTruncation) {
 
 TEST(AVIFReader, checksTheLimitsBeforeItDecodes) {
   const Bytes file = test::buildAVIF(test::noisyImage(24, 16));
-  EXPECT_THROW(open(withSizes(file, 1'000'001, 1)), UnreadableImage);
-  EXPECT_THROW(open(withSizes(file, 100'000, 100'000)), UnreadableImage);
-  EXPECT_THROW(open(withSizes(file, 0, 16)), UnreadableImage);
-  EXPECT_THROW(open(withSizes(file, 0xFFFFFFFF, 0xFFFFFFFF)), UnreadableImage);
+  EXPECT_THROW(open(test::withSize(file, 1'000'001, 1)), UnreadableImage);
+  EXPECT_THROW(open(test::withSize(file, 100'000, 100'000)), UnreadableImage);
+  EXPECT_THROW(open(test::withSize(file, 0, 16)), UnreadableImage);
+  EXPECT_THROW(open(test::withSize(file, 0xFFFFFFFF, 0xFFFFFFFF)), UnreadableImage);
 }
 
 TEST(AVIFReader, survivesDamagedBytes) {

@@ -7,7 +7,9 @@
 #include <string_view>
 
 #include "platform/imageio/ImageReader.h"
+#include "support/BoxPatches.h"
 #include "support/HEICBuilder.h"
+#include "support/JPEGBuilder.h"
 #include "support/TestImages.h"
 #include "support/TestProfiles.h"
 
@@ -23,44 +25,6 @@ std::unique_ptr<ImageSource> open(ByteView file) {
 }
 
 Image decode(ByteView file) { return open(file)->image(); }
-
-/// Where the four characters of a box's or an item's type stand.
-std::size_t codeIn(const Bytes& file, std::string_view code, std::size_t from = 0) {
-  const auto found = std::search(file.begin() + static_cast<std::ptrdiff_t>(from), file.end(),
-                                 code.begin(), code.end());
-  if (found == file.end()) throw std::runtime_error(std::string(code));
-  return static_cast<std::size_t>(found - file.begin());
-}
-
-Bytes replaced(Bytes file, std::string_view code, std::string_view by) {
-  std::ranges::copy(by, file.begin() + static_cast<std::ptrdiff_t>(codeIn(file, code)));
-  return file;
-}
-
-/// `file` with the size of the picture that stands in its header replaced.
-Bytes withSize(Bytes file, std::uint32_t width, std::uint32_t height) {
-  const std::size_t ispe = codeIn(file, "ispe") + 8;
-  for (std::size_t i = 0; i < 4; ++i) {
-    file[ispe + i] = static_cast<std::uint8_t>(width >> (24 - 8 * i));
-    file[ispe + 4 + i] = static_cast<std::uint8_t>(height >> (24 - 8 * i));
-  }
-  return file;
-}
-
-/// The largest difference of any channel.
-int maximumDifference(const Image& left, const Image& right) {
-  int largest = 0;
-  for (std::size_t y = 0; y < left.height; ++y) {
-    for (std::size_t x = 0; x < left.width; ++x) {
-      const Pixel a = test::pixelAt(left, x, y);
-      const Pixel b = test::pixelAt(right, x, y);
-      for (std::size_t c = 0; c < channelCount(left.layout); ++c) {
-        largest = std::max(largest, std::abs(a[c] - b[c]));
-      }
-    }
-  }
-  return largest;
-}
 
 /// A picture that is as hard to code as a photograph, coded with every tool that x265 has.
 Bytes photograph() {
@@ -87,14 +51,14 @@ TEST_F(HEICReader, decodesAnOpaquePictureOf8BitsExactly) {
   EXPECT_TRUE(image.colorSpace->isSRGB());
   ASSERT_EQ(image.width, 96u);
   ASSERT_EQ(image.height, 64u);
-  EXPECT_EQ(maximumDifference(image, picture), 0);
-  EXPECT_EQ(maximumDifference(source->image(), picture), 0) << "the second time";
+  EXPECT_EQ(test::maximumDifference(image, picture), 0);
+  EXPECT_EQ(test::maximumDifference(source->image(), picture), 0) << "the second time";
 }
 
 TEST_F(HEICReader, decodesWhatLibheifDecodes) {
   const Bytes file = photograph();
   // Versions of libheif round their conversion to RGB differently.
-  EXPECT_LE(maximumDifference(decode(file), test::decodeWithLibheif(file)), 1);
+  EXPECT_LE(test::maximumDifference(decode(file), test::decodeWithLibheif(file)), 1);
 }
 
 TEST_F(HEICReader, decodesEverySubsamplingAndRange) {
@@ -129,7 +93,7 @@ TEST_F(HEICReader, widensDeepPicturesToFullRange) {
   const Image image = decode(test::buildHEIC(ramp, {.depth = 10}));
   EXPECT_EQ(image.bitsPerComponent, 16);
   EXPECT_EQ(image.alpha, AlphaKind::none);
-  EXPECT_EQ(maximumDifference(image, ramp), 0);
+  EXPECT_EQ(test::maximumDifference(image, ramp), 0);
 }
 
 TEST_F(HEICReader, keepsAlphaAsItIsStored) {
@@ -231,9 +195,8 @@ TEST_F(HEICReader, turnsThePictureUpright) {
 }
 
 TEST_F(HEICReader, ignoresTheOrientationInEXIF) {
-  const Bytes exif{'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 1, 18, 0,
-                   3,   0,   0, 0,  1, 0, 6, 0, 0, 0, 0, 0,  0};
-  const Bytes file = test::buildHEIC(test::patchImage(64, 96, ColorSpace::sRGB()), {.exif = exif});
+  const Bytes file =
+      test::buildHEIC(test::patchImage(64, 96, ColorSpace::sRGB()), {.exif = test::exifBlock(6)});
   const auto source = open(file);
   EXPECT_EQ(source->orientation(), 1);
   EXPECT_EQ(source->image().width, 64u);
@@ -245,7 +208,7 @@ TEST_F(HEICReader, cropsOddSizes) {
     const Image image = decode(test::buildHEIC(picture));
     ASSERT_EQ(image.width, width);
     ASSERT_EQ(image.height, height);
-    EXPECT_EQ(maximumDifference(image, picture), 0);
+    EXPECT_EQ(test::maximumDifference(image, picture), 0);
   }
 }
 
@@ -254,27 +217,27 @@ TEST_F(HEICReader, showsThePrimaryOfSeveralPictures) {
   const Bytes file = test::buildHEIC({first, test::noisyImage(96, 64)});
   const auto source = open(file);
   EXPECT_EQ(source->frameCount(), 2u);
-  EXPECT_EQ(maximumDifference(source->image(), first), 0);
+  EXPECT_EQ(test::maximumDifference(source->image(), first), 0);
 }
 
 TEST_F(HEICReader, leavesOtherCodingsAndOverlaysAlone) {
   const Bytes file = test::buildHEIC(test::gradientImage(64, 64));
   EXPECT_TRUE(heicReader.recognises(file));
   for (const char* coding : {"av01", "avc1", "vvc1", "jpeg", "unci", "j2k1", "iovl"}) {
-    EXPECT_FALSE(heicReader.recognises(replaced(file, "hvc1", coding))) << coding;
+    EXPECT_FALSE(heicReader.recognises(test::withCode(file, "hvc1", coding))) << coding;
   }
   EXPECT_FALSE(heicReader.recognises({}));
 }
 
 TEST_F(HEICReader, refusesSizesPastTheLimits) {
   const Bytes file = test::buildHEIC(test::gradientImage(64, 64));
-  EXPECT_THROW(open(withSize(file, 40'000, 40'000)), UnreadableImage);
-  EXPECT_THROW(open(withSize(file, 1'000'001, 1)), UnreadableImage);
-  EXPECT_THROW(open(withSize(file, 0, 64)), UnreadableImage);
+  EXPECT_THROW(open(test::withSize(file, 40'000, 40'000)), UnreadableImage);
+  EXPECT_THROW(open(test::withSize(file, 1'000'001, 1)), UnreadableImage);
+  EXPECT_THROW(open(test::withSize(file, 0, 64)), UnreadableImage);
 }
 
 TEST_F(HEICReader, refusesPicturesOfAnotherSizeThanTheHeaderSays) {
-  EXPECT_THROW(decode(withSize(test::buildHEIC(test::gradientImage(64, 64)), 64, 80)),
+  EXPECT_THROW(decode(test::withSize(test::buildHEIC(test::gradientImage(64, 64)), 64, 80)),
                UnreadableImage);
 }
 
@@ -294,7 +257,7 @@ TEST_F(HEICReader, acceptsStrayBytesAtTheEnd) {
 
 TEST_F(HEICReader, refusesNearlyAllDamagedPictures) {
   const Bytes file = photograph();
-  const std::size_t data = codeIn(file, "mdat") + 64;  // past the slice's header
+  const std::size_t data = test::codeIn(file, "mdat") + 64;  // past the slice's header
   std::mt19937 random(7);
   int accepted = 0;
   for (int i = 0; i < 100; ++i) {
@@ -313,7 +276,7 @@ TEST_F(HEICReader, refusesNearlyAllDamagedPictures) {
 
 TEST_F(HEICReader, survivesAnyDamageToTheHeader) {
   const Bytes file = test::buildHEIC(test::alphaGradientImage(65, 64));
-  const std::size_t data = codeIn(file, "mdat");
+  const std::size_t data = test::codeIn(file, "mdat");
   std::mt19937 random(11);
   for (int i = 0; i < 300; ++i) {
     Bytes damaged = file;

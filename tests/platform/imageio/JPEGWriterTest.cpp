@@ -5,7 +5,7 @@
 
 #include "platform/imageio/ImageDestination.h"
 #include "platform/imageio/ImageSource.h"
-#include "platform/imageio/JPEGErrors.h"
+#include "platform/imageio/JPEGLibrary.h"
 #include "support/JPEGBuilder.h"
 #include "support/TestImages.h"
 #include "support/TestProfiles.h"
@@ -33,7 +33,7 @@ struct Header {
 
 Header headerOf(const Bytes& file) {
   JPEGErrors errors;
-  jpeg_decompress_struct info{};
+  JPEGDecompressor info;
   info.err = &errors;
   Header header;
   errors.run<std::runtime_error>([&] {
@@ -47,7 +47,6 @@ Header headerOf(const Bytes& file) {
               .hasJFIFMarker = info.saw_JFIF_marker != 0,
               .hasAdobeMarker = info.saw_Adobe_marker != 0};
   });
-  jpeg_destroy_decompress(&info);
   return header;
 }
 

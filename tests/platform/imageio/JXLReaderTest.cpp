@@ -38,21 +38,9 @@ Image drawGray(std::size_t width, std::size_t height, int bits,
                          });
 }
 
-Image rendered(const Image& image, const ColorSpacePtr& space) {
-  Image result = test::drawImage(image.width, image.height, ChannelLayout::rgba,
-                                 AlphaKind::straight, 8, space, [](auto, auto) { return Pixel{}; });
-  const MutablePixelMemory pixels = makePixelMemory(result.bytesPerRow * result.height);
-  RowRenderer renderer(image, space, 8, RowRenderer::AlphaForm::straight);
-  for (std::size_t y = 0; y < image.height; ++y) {
-    renderer.render(y, pixels.get() + y * result.bytesPerRow);
-  }
-  result.pixels = pixels;
-  return result;
-}
-
 /// Mean difference of what is seen, both rendered into `space`.
 double visibleDifference(const Image& left, const Image& right, const ColorSpacePtr& space) {
-  return test::meanDifference(rendered(left, space), rendered(right, space));
+  return test::meanDifference(rendered(left, space, 8), rendered(right, space, 8));
 }
 
 // What counts as a JPEG XL file

@@ -1,4 +1,4 @@
-#include "platform/imageio/JPEGErrors.h"
+#include "platform/imageio/JPEGLibrary.h"
 
 #include <jerror.h>
 

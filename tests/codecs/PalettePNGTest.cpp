@@ -1,4 +1,4 @@
-#include "pipeline/PalettePNG.h"
+#include "codecs/PalettePNG.h"
 
 #include <gtest/gtest.h>
 

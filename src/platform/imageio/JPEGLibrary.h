@@ -40,4 +40,18 @@ class JPEGErrors : public jpeg_error_mgr {
   char text_[JMSG_LENGTH_MAX];
 };
 
+/// Owners of what libjpeg hangs on its two structures. Set `err` first, then create.
+struct JPEGDecompressor : jpeg_decompress_struct {
+  JPEGDecompressor() : jpeg_decompress_struct{} {}
+  ~JPEGDecompressor() { jpeg_destroy_decompress(this); }
+  JPEGDecompressor(const JPEGDecompressor&) = delete;
+  JPEGDecompressor& operator=(const JPEGDecompressor&) = delete;
+};
+struct JPEGCompressor : jpeg_compress_struct {
+  JPEGCompressor() : jpeg_compress_struct{} {}
+  ~JPEGCompressor() { jpeg_destroy_compress(this); }
+  JPEGCompressor(const JPEGCompressor&) = delete;
+  JPEGCompressor& operator=(const JPEGCompressor&) = delete;
+};
+
 }  // namespace orvane

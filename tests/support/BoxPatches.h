@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "platform/foundation/Bytes.h"
+
+/// Changes to the boxes of HEIC and AVIF files (ISO/IEC 14496-12). All throw std::runtime_error
+/// where the file lacks what is to be changed.
+namespace orvane::test {
+
+/// Where the four characters of a box's or an item's type first stand.
+std::size_t codeIn(ByteView file, std::string_view code);
+
+/// `file` with the first `code` replaced.
+Bytes withCode(Bytes file, std::string_view code, std::string_view by);
+
+/// Writes a big-endian number of 32 bits.
+void put32(Bytes& file, std::size_t at, std::uint32_t value);
+
+/// `file` with the size of the picture that stands in its header (ispe) replaced.
+Bytes withSize(Bytes file, std::uint32_t width, std::uint32_t height);
+
+}  // namespace orvane::test
