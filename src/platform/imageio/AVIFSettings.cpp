@@ -4,19 +4,12 @@
 
 #include "platform/imageio/QualityTable.h"
 
-namespace orvane {
-namespace {
+namespace orvane::AVIFSettings {
 
-/// Past this many pixels time counts for more than the last percents.
-constexpr std::size_t largePicture = 4'000'000;
-
-}  // namespace
-
-AVIFSettings AVIFSettings::forPicture(double quality, std::size_t pixelCount, Tuning tuning) {
+int colorQuantizer(double quality, Tuning tuning) {
   const auto table = tuning == Tuning::imageQuality ? QualityTables::avifQuantizerTunedForImages()
                                                     : QualityTables::avifQuantizer();
-  return {.colorQuantizer = static_cast<int>(std::lround(settingAt(table, quality))),
-          .speed = pixelCount > largePicture ? 7 : 6};
+  return static_cast<int>(std::lround(settingAt(table, quality)));
 }
 
-}  // namespace orvane
+}  // namespace orvane::AVIFSettings

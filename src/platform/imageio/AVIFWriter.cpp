@@ -6,9 +6,13 @@
 #include "platform/imageio/AVIFLibrary.h"
 #include "platform/imageio/AVIFSettings.h"
 #include "platform/imageio/ImageDestination.h"
+#include "platform/imageio/ScreenContent.h"
 
 namespace orvane {
 namespace {
+
+using AVIFSettings::Content;
+using AVIFSettings::Tuning;
 
 /// AV1 codes sides in 16 bits.
 constexpr std::size_t maximumSide = 65535;
@@ -66,11 +70,11 @@ void describeColors(avifImage& picture, const ColorSpace& colorSpace) {
 
 /// `image` in its rendering space as AV1 codes it. Rows that are in the right form already are not
 /// copied first.
-AVIFLibrary::Picture convert(const Image& image) {
+AVIFLibrary::Picture convert(const Image& image, Content content) {
   const ColorSpacePtr colorSpace = renderingSpace(image.colorSpace);
   AVIFLibrary::Picture picture = AVIFLibrary::makePicture(
       static_cast<std::uint32_t>(image.width), static_cast<std::uint32_t>(image.height),
-      AVIFSettings::depth, AVIFSettings::pixelFormat);
+      AVIFSettings::depth(content), AVIFSettings::pixelFormat);
   describeColors(*picture, *colorSpace);
   // libavif 0.11 ends the process where there is no memory for the planes: see first that there is.
   static_cast<void>(makePixelMemory(image.width * image.height * planeBytesPerPixel));
@@ -97,18 +101,21 @@ AVIFLibrary::Picture convert(const Image& image) {
 }
 
 /// Nothing when libaom does not know the tuning.
-std::optional<Bytes> encode(const avifImage& picture, double quality, AVIFSettings::Tuning tuning) {
-  const auto settings =
-      AVIFSettings::forPicture(quality, std::size_t{picture.width} * picture.height, tuning);
+std::optional<Bytes> encode(const avifImage& picture, double quality, Content content,
+                            Tuning tuning) {
   const AVIFLibrary::Encoder encoder = AVIFLibrary::makeEncoder();
   encoder->codecChoice = AVIF_CODEC_CHOICE_AOM;
   encoder->maxThreads = 1;
-  encoder->speed = settings.speed;
-  AVIFLibrary::setQuantizers(
-      *encoder, {.color = settings.colorQuantizer, .alpha = AVIFSettings::alphaQuantizer});
-  if (tuning == AVIFSettings::Tuning::imageQuality) {
-    AVIFLibrary::setCodecOption(*encoder, "color:tune", "iq");
+  encoder->speed = AVIFSettings::speed;
+  AVIFLibrary::setQuantizers(*encoder, {.color = AVIFSettings::colorQuantizer(quality, tuning),
+                                        .alpha = AVIFSettings::alphaQuantizer});
+  if (tuning == Tuning::imageQuality) AVIFLibrary::setCodecOption(*encoder, "color:tune", "iq");
+  if (content == Content::screen) {
+    AVIFLibrary::setCodecOption(*encoder, "color:tune-content", "screen");
   }
+  // Blocks copied from elsewhere in the picture take several times as long to find, and libaom
+  // takes the smooth parts of photographs for a reason to look.
+  AVIFLibrary::setCodecOption(*encoder, "enable-intrabc", "0");
   AVIFLibrary::Output output;
   const avifResult result = avifEncoderWrite(encoder.get(), &picture, &output.data);
   if (result == AVIF_RESULT_INVALID_CODEC_SPECIFIC_OPTION) return std::nullopt;
@@ -116,14 +123,20 @@ std::optional<Bytes> encode(const avifImage& picture, double quality, AVIFSettin
   return Bytes(output.data.data, output.data.data + output.data.size);
 }
 
+/// Deep pictures are none for 8 bits, wherever they come from.
+Content contentOf(const Image& image) {
+  OpaqueRows rows(image);
+  return image.bitsPerComponent == 8 && isScreenContent(rows) ? Content::screen : Content::natural;
+}
+
 Bytes encode(const Image& image, double quality) {
   if (image.width > maximumSide || image.height > maximumSide) {
     throw UnwritableImage("a side is longer than AV1 can hold");
   }
-  const AVIFLibrary::Picture picture = convert(image);
-  using Tuning = AVIFSettings::Tuning;
+  const Content content = contentOf(image);
+  const AVIFLibrary::Picture picture = convert(image, content);
   for (const Tuning tuning : {Tuning::imageQuality, Tuning::structuralSimilarity}) {
-    if (auto file = encode(*picture, quality, tuning)) return *std::move(file);
+    if (auto file = encode(*picture, quality, content, tuning)) return *std::move(file);
   }
   throw UnwritableImage("libaom knows no tuning");
 }

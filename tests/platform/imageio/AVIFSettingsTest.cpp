@@ -5,35 +5,24 @@
 namespace orvane {
 namespace {
 
-using Tuning = AVIFSettings::Tuning;
+using AVIFSettings::Tuning;
 
-constexpr std::size_t smallPicture = 1000;
-
-TEST(AVIFSettings, spendsMoreBitsTheHigherTheQuality) {
+TEST(AVIFSettings, spendMoreBitsTheHigherTheQuality) {
   for (const Tuning tuning : {Tuning::imageQuality, Tuning::structuralSimilarity}) {
     int previous = 64;
     for (int percent = 0; percent <= 100; ++percent) {
-      const int quantizer =
-          AVIFSettings::forPicture(percent / 100.0, smallPicture, tuning).colorQuantizer;
+      const int quantizer = AVIFSettings::colorQuantizer(percent / 100.0, tuning);
       EXPECT_LE(quantizer, previous) << percent;
       previous = quantizer;
     }
   }
 }
 
-TEST(AVIFSettings, staysWithinTheLossyQuantizers) {
+TEST(AVIFSettings, stayWithinTheLossyQuantizers) {
   for (const Tuning tuning : {Tuning::imageQuality, Tuning::structuralSimilarity}) {
-    EXPECT_LE(AVIFSettings::forPicture(0, smallPicture, tuning).colorQuantizer, 63);
-    EXPECT_EQ(AVIFSettings::forPicture(1, smallPicture, tuning).colorQuantizer, 1);
+    EXPECT_LE(AVIFSettings::colorQuantizer(0, tuning), 63);
+    EXPECT_EQ(AVIFSettings::colorQuantizer(1, tuning), 1);
   }
-}
-
-TEST(AVIFSettings, takesLessTimeForEachPixelOfALargePicture) {
-  const auto speed = [](std::size_t pixelCount) {
-    return AVIFSettings::forPicture(0.75, pixelCount, Tuning::imageQuality).speed;
-  };
-  EXPECT_EQ(speed(1), speed(4'000'000));
-  EXPECT_LT(speed(4'000'000), speed(4'000'001));
 }
 
 }  // namespace

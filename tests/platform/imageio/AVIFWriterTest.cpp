@@ -124,8 +124,8 @@ TEST(AVIFWriter, keepsFlatAlphaExactly) {
                         return {90, 140, 40, static_cast<std::uint16_t>(x < 32 ? 0 : 255)};
                       });
   const Image image = decode(encode(picture));
-  EXPECT_EQ(test::pixelAt(image, 8, 32)[3], 0);
-  EXPECT_EQ(test::pixelAt(image, 56, 32)[3], 65535);
+  EXPECT_EQ(in8Bits(image, 8, 32)[3], 0);
+  EXPECT_EQ(in8Bits(image, 56, 32)[3], 255);
 }
 
 TEST(AVIFWriter, storesPremultipliedColoursStraight) {
@@ -136,6 +136,18 @@ TEST(AVIFWriter, storesPremultipliedColoursStraight) {
   EXPECT_NEAR(pixel[0], 199, 3);
   EXPECT_NEAR(pixel[1], 100, 3);
   EXPECT_NEAR(pixel[3], 128, 1);
+}
+
+TEST(AVIFWriter, codesScreensIn8BitsAndAllElseIn10) {
+  EXPECT_EQ(decode(encode(test::patchImage(96, 64, ColorSpace::sRGB()))).bitsPerComponent, 8);
+  EXPECT_EQ(decode(encode(test::noisyImage(96, 64))).bitsPerComponent, 16);
+  EXPECT_EQ(decode(encode(test::gradientImage(96, 64))).bitsPerComponent, 16);
+  const Image deep = test::drawImage(64, 64, ChannelLayout::rgba, AlphaKind::none, 16,
+                                     ColorSpace::sRGB(), [](std::size_t x, std::size_t) -> Pixel {
+                                       const std::uint16_t shade = x % 10 == 0 ? 0 : 65535;
+                                       return {shade, shade, shade, 65535};
+                                     });
+  EXPECT_EQ(decode(encode(deep)).bitsPerComponent, 16);
 }
 
 TEST(AVIFWriter, keepsMoreThan8Bits) {
