@@ -121,7 +121,7 @@ bool isSubsampled(const jpeg_decompress_struct& header) {
   });
 }
 
-/// Throws unless libjxl can take this JPEG, from its header on.
+/// Throws unless libjxl can take this JPEG, judged by its header.
 void requireTranscodable(ByteView jpeg) {
   JPEGErrors errors;
   JPEGDecompressor header;

@@ -296,8 +296,11 @@ TEST(JXLEncoder, transcodesNothingThatIsNoWholeJPEG) {
 
 TEST(JXLEncoder, transcodesNothingThatJPEGXLHasNoFormFor) {
   EXPECT_FALSE(JXLEncoder::transcodeJPEG(makeJPEG({.stored = JCS_CMYK}), 7));
+  // Known for RGB by the Adobe marker, and by the components' names alone.
   EXPECT_FALSE(
       JXLEncoder::transcodeJPEG(makeJPEG({.stored = JCS_RGB, .horizontalSampling = 2}), 7));
+  EXPECT_FALSE(JXLEncoder::transcodeJPEG(
+      makeJPEG({.stored = JCS_RGB, .horizontalSampling = 2, .hasAdobeMarker = false}), 7));
 }
 
 }  // namespace

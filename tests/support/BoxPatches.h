@@ -5,8 +5,8 @@
 
 #include "platform/foundation/Bytes.h"
 
-/// Changes to the boxes of HEIC and AVIF files (ISO/IEC 14496-12). All throw std::runtime_error
-/// where the file lacks what is to be changed.
+/// Changes to the boxes of HEIC and AVIF files (ISO/IEC 14496-12). What looks for a code throws
+/// std::runtime_error where there is none.
 namespace orvane::test {
 
 /// Where the four characters of a box's or an item's type first stand.

@@ -5,10 +5,10 @@
 namespace orvane::AVIFLibrary {
 namespace {
 
-template <typename Handle>
-Handle owned(typename Handle::pointer made) {
+template <typename Owner>
+Owner owned(typename Owner::pointer made) {
   if (made == nullptr) throw std::bad_alloc();
-  return Handle(made);
+  return Owner(made);
 }
 
 }  // namespace

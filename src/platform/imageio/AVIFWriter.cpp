@@ -17,7 +17,7 @@ using AVIFSettings::Tuning;
 /// AV1 codes sides in 16 bits.
 constexpr std::size_t maximumSide = 65535;
 
-/// Luma, two of chroma and alpha, 16 bits each.
+/// Luma, two of chroma and alpha, at most 16 bits each.
 constexpr std::size_t planeBytesPerPixel = 8;
 
 /// Rows that are rendered at once.
@@ -100,7 +100,7 @@ AVIFLibrary::Picture convert(const Image& image, Content content) {
   return picture;
 }
 
-/// Nothing when libaom does not know the tuning.
+/// Nothing when libaom does not know the tuning, or another option.
 std::optional<Bytes> encode(const avifImage& picture, double quality, Content content,
                             Tuning tuning) {
   const AVIFLibrary::Encoder encoder = AVIFLibrary::makeEncoder();
@@ -123,10 +123,10 @@ std::optional<Bytes> encode(const avifImage& picture, double quality, Content co
   return Bytes(output.data.data, output.data.data + output.data.size);
 }
 
-/// Deep pictures are none for 8 bits, wherever they come from.
 Content contentOf(const Image& image) {
+  if (image.bitsPerComponent > 8) return Content::natural;  // 8 bits are too few
   OpaqueRows rows(image);
-  return image.bitsPerComponent == 8 && isScreenContent(rows) ? Content::screen : Content::natural;
+  return suitsScreenContentTools(rows) ? Content::screen : Content::natural;
 }
 
 Bytes encode(const Image& image, double quality) {
@@ -138,7 +138,7 @@ Bytes encode(const Image& image, double quality) {
   for (const Tuning tuning : {Tuning::imageQuality, Tuning::structuralSimilarity}) {
     if (auto file = encode(*picture, quality, content, tuning)) return *std::move(file);
   }
-  throw UnwritableImage("libaom knows no tuning");
+  throw UnwritableImage("libaom refuses its options");
 }
 
 }  // namespace

@@ -92,10 +92,10 @@ class JXLSource final : public ImageSource {
     advance(decoder.get(), JXL_DEC_COLOR_ENCODING);
     const JXLColors colors = JXLColors::choose(decoder.get(), info_);
     const bool isConverted = colors.decoded != colors.image;
-    // In between, 8 bits would be rounded twice.
     const int depth = depthOf(info_);
     Image image{.width = info_.xsize,
                 .height = info_.ysize,
+                // In between, 8 bits would be rounded twice.
                 .bitsPerComponent = isConverted ? 16 : depth,
                 .layout = layoutOf(info_),
                 .alpha = alphaOf(info_),

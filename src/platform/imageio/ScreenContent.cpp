@@ -10,7 +10,7 @@ namespace {
 constexpr double leastRepeated = 0.8;
 
 /// Of the pixels that differ from the one to their left, 0.11 and more jump in screenshots, and up
-/// to 0.07 in drawings that repeat as many.
+/// to 0.07 in drawings that repeat as many; none in flat pictures.
 constexpr double leastJumping = 0.1;
 
 /// In one channel, of 255.
@@ -36,14 +36,14 @@ void countRow(const std::uint8_t* row, std::size_t width, Counts& counts) {
   counts.pixels += width - 1;
 }
 
-/// Odd, so that it does not fall in step with lines of text.
+/// Odd, so that it seldom falls in step with lines of text.
 std::size_t rowStep(std::size_t width, std::size_t height) {
   return width * height / maximumPixels | 1;
 }
 
 }  // namespace
 
-bool isScreenContent(OpaqueRows& rows) {
+bool suitsScreenContentTools(OpaqueRows& rows) {
   if (rows.width() < 2) return false;
   Counts counts;
   const std::size_t step = rowStep(rows.width(), rows.height());
@@ -53,7 +53,7 @@ bool isScreenContent(OpaqueRows& rows) {
   const auto changing = static_cast<double>(counts.pixels - counts.repeated);
   return static_cast<double>(counts.repeated) >=
              leastRepeated * static_cast<double>(counts.pixels) &&
-         static_cast<double>(counts.jumping) >= leastJumping * changing;
+         static_cast<double>(counts.jumping) > leastJumping * changing;
 }
 
 }  // namespace orvane

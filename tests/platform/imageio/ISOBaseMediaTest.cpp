@@ -156,7 +156,7 @@ TEST(ISOBaseMedia, survivesEveryTruncationAndEveryDamagedByte) {
       std::string damaged = file;
       damaged[at] = static_cast<char>(value);
       const std::string answer = primary(damaged);
-      EXPECT_EQ(answer.size(), 4) << answer;
+      EXPECT_EQ(answer.size(), 4u) << answer;
       ISOBaseMedia::hasBrand(view(damaged), "none");
     }
   }

@@ -11,7 +11,7 @@ using test::Pixel;
 
 bool isScreenContent(const Image& image) {
   OpaqueRows rows(image);
-  return orvane::isScreenContent(rows);
+  return suitsScreenContentTools(rows);
 }
 
 Image draw(std::size_t width, std::size_t height,
@@ -54,9 +54,17 @@ TEST(ScreenContent, isNotSoftlyDrawn) {
   })));
 }
 
+TEST(ScreenContent, isNotFlatFromSideToSide) {
+  EXPECT_FALSE(isScreenContent(draw(300, 200, [](auto, auto) { return Pixel{9, 9, 9, 255}; })));
+  EXPECT_FALSE(isScreenContent(draw(300, 200, [](std::size_t, std::size_t y) {
+    return Pixel{static_cast<std::uint16_t>(y), 60, 200, 255};  // a sky
+  })));
+}
+
 TEST(ScreenContent, isNothingInOneColumn) {
   EXPECT_FALSE(isScreenContent(draw(1, 50, text)));
   EXPECT_FALSE(isScreenContent(draw(0, 0, text)));
+  EXPECT_FALSE(isScreenContent(draw(50, 0, text)));
 }
 
 }  // namespace
