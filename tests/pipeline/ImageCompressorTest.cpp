@@ -12,6 +12,7 @@
 #include "pipeline/ImageProcessingError.h"
 #include "pipeline/NativeImageIOEncoder.h"
 #include "platform/imageio/ImageSource.h"
+#include "support/JPEGBuilder.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestImages.h"
 #include "support/WebPBuilder.h"
@@ -147,6 +148,21 @@ TEST_F(ImageCompressorTest, encodesThePixelsOfOtherSourcesAsJPEGXL) {
   writeFile(path, pngFile(test::noisyImage(64, 64)));
   compress(path, ImageFormat::jxl, 95);
   EXPECT_FALSE(rebuildsAJPEG(readFile(outputs / "a.jxl")));
+}
+
+TEST_F(ImageCompressorTest, encodesThePixelsOfAJPEGThatCannotBeRepacked) {
+  const std::string path = sources / "a.jpg";
+  const Image ink = test::drawImage(
+      48, 32, ChannelLayout::cmyk, AlphaKind::none, 8, nullptr,
+      [](std::size_t x, std::size_t y) -> test::Pixel {
+        return {static_cast<std::uint16_t>(x * 5), static_cast<std::uint16_t>(y * 7), 30, 0};
+      });
+  writeFile(path, test::buildJPEG(ink, {.stored = JCS_CMYK}));
+  const auto result = compress(path, ImageFormat::jxl, 95);
+  ASSERT_EQ(result.error, std::nullopt);
+  const Bytes file = readFile(outputs / "a.jxl");
+  EXPECT_FALSE(rebuildsAJPEG(file));
+  EXPECT_EQ(ImageSource::create(file)->image().width, 48u);
 }
 
 TEST_F(ImageCompressorTest, keepsTheSmallerOfPaletteAndTruecolour) {
