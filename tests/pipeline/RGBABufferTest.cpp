@@ -149,8 +149,8 @@ TEST(RGBABuffer, isEmptyForAnEmptyPicture) {
 }
 
 TEST(RGBABuffer, cannotBeMadeWithoutMemory) {
-#ifdef __SANITIZE_ADDRESS__
-  GTEST_SKIP() << "the address sanitizer ends the process where there is no memory";
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers end the process where there is no memory";
 #endif
   Image image = uniform(1, 1, ChannelLayout::rgba, AlphaKind::straight, 8, {1, 2, 3, 4});
   image.width = std::size_t{1} << 30;

@@ -19,8 +19,8 @@ TEST(BitmapContext, cannotBeMadeInASpaceThatCannotBeRenderedInto) {
 }
 
 TEST(BitmapContext, cannotBeMadeWithoutMemory) {
-#ifdef __SANITIZE_ADDRESS__
-  GTEST_SKIP() << "the address sanitizer ends the process where there is no memory";
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers end the process where there is no memory";
 #endif
   const std::size_t side = std::size_t{1} << 29;
   EXPECT_FALSE(BitmapContext::create(side, side, 16, Alpha::noneSkipLast, ColorSpace::sRGB()));
