@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "pipeline/RGBABuffer.h"
+#include "picture/RGBABuffer.h"
 
 /// What the example pictures are drawn with. The same everywhere and every time.
 namespace orvane::examples {

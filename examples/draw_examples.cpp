@@ -8,7 +8,7 @@
 #include <string>
 
 #include "Canvas.h"
-#include "codecs/PNGQuantEncoder.h"
+#include "codecs/png/PNGQuantEncoder.h"
 
 namespace orvane::examples {
 namespace {

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "picture/ImageProcessingError.h"
 #include "pipeline/ImageDecoder.h"
-#include "pipeline/ImageProcessingError.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   try {

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "pipeline/ImageCompressionResult.h"
+#include "picture/ImageCompressionResult.h"
+#include "picture/ImageFormat.h"
 #include "pipeline/ImageCompressor.h"
-#include "pipeline/ImageFormat.h"
 #include "platform/foundation/FileURL.h"
 
 namespace orvane {

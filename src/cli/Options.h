@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "pipeline/ImageFormat.h"
+#include "picture/ImageFormat.h"
 #include "platform/foundation/FileURL.h"
 #include "platform/foundation/LocalizedError.h"
 

@@ -2,7 +2,7 @@
 
 #include <span>
 
-#include "pipeline/ImageCompressionResult.h"
+#include "picture/ImageCompressionResult.h"
 
 namespace orvane {
 

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "pipeline/EncodingPlan.h"
+#include "picture/EncodingPlan.h"
 #include "platform/foundation/Bytes.h"
 
 namespace orvane::EncodingAttempts {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "pipeline/EncodingPlan.h"
-#include "pipeline/ImageCharacteristics.h"
-#include "pipeline/ImageFormat.h"
+#include "picture/EncodingPlan.h"
+#include "picture/ImageCharacteristics.h"
+#include "picture/ImageFormat.h"
 
 namespace orvane::EncodingStrategy {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "pipeline/ImageCharacteristics.h"
-#include "pipeline/RGBABuffer.h"
+#include "picture/ImageCharacteristics.h"
+#include "picture/RGBABuffer.h"
 
 namespace orvane::ImageAnalyzer {
 

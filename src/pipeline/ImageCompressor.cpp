@@ -4,15 +4,15 @@
 #include <cerrno>
 #include <new>
 
-#include "codecs/JXLEncoder.h"
-#include "codecs/PNGQuantEncoder.h"
-#include "codecs/PalettePNG.h"
-#include "codecs/WebPEncoder.h"
+#include "codecs/jxl/JXLEncoder.h"
+#include "codecs/png/PNGQuantEncoder.h"
+#include "codecs/png/PalettePNG.h"
+#include "codecs/webp/WebPEncoder.h"
+#include "picture/ImageProcessingError.h"
 #include "pipeline/EncodingAttempts.h"
 #include "pipeline/EncodingStrategy.h"
 #include "pipeline/ImageAnalyzer.h"
 #include "pipeline/ImageDecoder.h"
-#include "pipeline/ImageProcessingError.h"
 #include "pipeline/NativeImageIOEncoder.h"
 #include "platform/foundation/FileError.h"
 #include "platform/foundation/Files.h"

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "pipeline/ImageCompressionResult.h"
-#include "pipeline/ImageFormat.h"
+#include "picture/ImageCompressionResult.h"
+#include "picture/ImageFormat.h"
 #include "platform/foundation/FileURL.h"
 
 namespace orvane::ImageCompressor {

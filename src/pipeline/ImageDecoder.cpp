@@ -4,9 +4,9 @@
 #include <memory>
 #include <new>
 
-#include "pipeline/ImageProcessingError.h"
+#include "codecs/ImageSource.h"
+#include "picture/ImageProcessingError.h"
 #include "platform/graphics/BitmapContext.h"
-#include "platform/imageio/ImageSource.h"
 
 namespace orvane::ImageDecoder {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "pipeline/ImageFormat.h"
+#include "picture/ImageFormat.h"
 #include "platform/foundation/Bytes.h"
 #include "platform/graphics/Image.h"
 

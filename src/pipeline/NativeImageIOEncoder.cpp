@@ -3,10 +3,10 @@
 #include <new>
 #include <optional>
 
-#include "pipeline/ImageProcessingError.h"
+#include "codecs/ImageDestination.h"
+#include "picture/ImageProcessingError.h"
 #include "platform/foundation/Precondition.h"
 #include "platform/graphics/BitmapContext.h"
-#include "platform/imageio/ImageDestination.h"
 
 namespace orvane::NativeImageIOEncoder {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "pipeline/EncodingPlan.h"
-#include "pipeline/ImageFormat.h"
+#include "picture/EncodingPlan.h"
+#include "picture/ImageFormat.h"
 #include "platform/foundation/Bytes.h"
 #include "platform/graphics/Image.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pipeline/ImageFormat.h"
+#include "picture/ImageFormat.h"
 
 namespace orvane::QualityCalibration {
 

@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-#include "pipeline/ImageCompressionResult.h"
+#include "picture/ImageCompressionResult.h"
 
 /// The two forms in which a run tells what became of its files. Neither ends in a newline.
 namespace orvane::CompressionReports {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "pipeline/ImageFormat.h"
+#include "picture/ImageFormat.h"
 #include "platform/foundation/Bytes.h"
 #include "platform/foundation/FileURL.h"
 #include "platform/foundation/UUID.h"

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "pipeline/ImageFormat.h"
+#include "picture/ImageFormat.h"
 #include "platform/foundation/FileURL.h"
 #include "platform/foundation/LocalizedError.h"
 

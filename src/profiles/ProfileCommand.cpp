@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "pipeline/ImageFormat.h"
+#include "picture/ImageFormat.h"
 #include "platform/foundation/FileURL.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/Number.h"

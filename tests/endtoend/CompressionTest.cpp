@@ -9,10 +9,10 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 
-#include "codecs/PNGQuantEncoder.h"
+#include "codecs/png/PNGQuantEncoder.h"
+#include "picture/ImageProcessingError.h"
 #include "pipeline/ImageCompressor.h"
 #include "pipeline/ImageDecoder.h"
-#include "pipeline/ImageProcessingError.h"
 #include "pipeline/NativeImageIOEncoder.h"
 #include "profiles/JSONText.h"
 #include "support/RunTool.h"

@@ -16,9 +16,9 @@
 #include <tuple>
 #include <vector>
 
+#include "picture/ImageProcessingError.h"
 #include "pipeline/ImageCompressor.h"
 #include "pipeline/ImageDecoder.h"
-#include "pipeline/ImageProcessingError.h"
 #include "support/Corpus.h"
 #include "support/TemporaryFolder.h"
 

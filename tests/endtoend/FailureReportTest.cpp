@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "pipeline/ImageProcessingError.h"
+#include "picture/ImageProcessingError.h"
 #include "support/RunTool.h"
 
 namespace orvane {

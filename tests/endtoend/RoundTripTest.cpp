@@ -11,7 +11,7 @@
 #include <string>
 #include <tuple>
 
-#include "codecs/PNGQuantEncoder.h"
+#include "codecs/png/PNGQuantEncoder.h"
 #include "pipeline/ImageCompressor.h"
 #include "pipeline/ImageDecoder.h"
 #include "platform/graphics/RowRenderer.h"

@@ -7,11 +7,11 @@
 #include <cmath>
 #include <cstring>
 
-#include "codecs/PNGQuantEncoder.h"
+#include "codecs/ImageSource.h"
+#include "codecs/png/PNGQuantEncoder.h"
+#include "picture/ImageProcessingError.h"
 #include "pipeline/ImageDecoder.h"
-#include "pipeline/ImageProcessingError.h"
 #include "pipeline/NativeImageIOEncoder.h"
-#include "platform/imageio/ImageSource.h"
 #include "support/JPEGBuilder.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestImages.h"

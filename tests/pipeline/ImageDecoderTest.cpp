@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "pipeline/ImageProcessingError.h"
+#include "picture/ImageProcessingError.h"
 #include "support/JPEGBuilder.h"
 #include "support/TestImages.h"
 #include "support/TestProfiles.h"

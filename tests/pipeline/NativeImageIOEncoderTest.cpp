@@ -4,8 +4,8 @@
 
 #include <cmath>
 
+#include "picture/ImageProcessingError.h"
 #include "pipeline/ImageDecoder.h"
-#include "pipeline/ImageProcessingError.h"
 #include "platform/graphics/RowRenderer.h"
 #include "support/TestImages.h"
 

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "platform/imageio/AVIFLibrary.h"
+#include "codecs/avif/AVIFLibrary.h"
 
 namespace orvane::test {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "platform/imageio/HEIFLibrary.h"
+#include "codecs/heic/HEIFLibrary.h"
 #include "support/TestImages.h"
 
 namespace orvane::test {

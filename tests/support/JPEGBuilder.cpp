@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "platform/imageio/JPEGLibrary.h"
+#include "codecs/jpeg/JPEGLibrary.h"
 
 namespace orvane::test {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pipeline/RGBABuffer.h"
+#include "picture/RGBABuffer.h"
 #include "support/TestImages.h"
 
 namespace orvane::test {

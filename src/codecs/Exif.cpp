@@ -1,0 +1,59 @@
+#include "codecs/Exif.h"
+
+#include <libexif/exif-data.h>
+
+#include <algorithm>
+#include <array>
+#include <new>
+
+#include "platform/foundation/Handle.h"
+
+namespace orvane::Exif {
+namespace {
+
+using ExifDataHandle = Handle<ExifData, exif_data_unref>;
+
+constexpr std::array<std::uint8_t, 6> identifier{'E', 'x', 'i', 'f', 0, 0};
+
+/// libexif looks for the identifier.
+Bytes withIdentifier(ByteView block) {
+  Bytes bytes;
+  bytes.reserve(identifier.size() + block.size());
+  if (!hasIdentifier(block)) bytes.assign(identifier.begin(), identifier.end());
+  bytes.insert(bytes.end(), block.begin(), block.end());
+  return bytes;
+}
+
+ExifDataHandle load(ByteView block) {
+  ExifDataHandle data(exif_data_new());
+  if (!data) throw std::bad_alloc();
+  // What stands there, not what libexif would put right: missing tags, types and values.
+  exif_data_unset_option(data.get(), EXIF_DATA_OPTION_FOLLOW_SPECIFICATION);
+  const Bytes bytes = withIdentifier(block);
+  exif_data_load_data(data.get(), bytes.data(), static_cast<unsigned>(bytes.size()));
+  return data;
+}
+
+}  // namespace
+
+bool hasIdentifier(ByteView bytes) {
+  return bytes.size() >= identifier.size() &&
+         std::ranges::equal(bytes.first(identifier.size()), identifier);
+}
+
+int orientation(ByteView block) {
+  constexpr int upright = 1;
+  const ExifDataHandle data = load(block);
+  const ExifEntry* entry = exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
+  if (entry == nullptr || entry->data == nullptr || entry->components == 0) return upright;
+  const ExifByteOrder order = exif_data_get_byte_order(data.get());
+  if (entry->format == EXIF_FORMAT_SHORT && entry->size >= 2) {
+    return exif_get_short(entry->data, order);
+  }
+  if (entry->format == EXIF_FORMAT_LONG && entry->size >= 4) {
+    return static_cast<int>(exif_get_long(entry->data, order));
+  }
+  return upright;
+}
+
+}  // namespace orvane::Exif

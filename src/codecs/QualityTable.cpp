@@ -1,0 +1,60 @@
+#include "codecs/QualityTable.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane {
+namespace {
+
+// At each quality between 0 and 1 the mean SSIMULACRA 2 score of photographs is
+//   0.30  0.40  0.50  0.60  0.70  0.75  0.80  0.85  0.90  0.95  0.98
+//     45    52    58    64    70    73  76.5  80.4  84.7  89.3  92.3
+
+constexpr QualityPoint jpegStepScaleTable[]{
+    {0.00, 45},   {0.30, 16.9}, {0.40, 13.9}, {0.50, 10.9}, {0.60, 7.78},
+    {0.70, 5.44}, {0.75, 4.39}, {0.80, 2.99}, {0.85, 2.18}, {0.90, 1.19},
+    {0.95, 0.3},  {0.98, 0.15}, {1.00, 0.03},
+};
+
+constexpr QualityPoint avifQuantizerTable[]{
+    {0.00, 50.5}, {0.30, 39.95}, {0.40, 37.75}, {0.50, 35.25}, {0.60, 31.95},
+    {0.70, 28.5}, {0.75, 26.35}, {0.80, 23.3},  {0.85, 18.3},  {0.90, 12},
+    {0.95, 6.4},  {0.98, 2.9},   {1.00, 1},
+};
+
+constexpr QualityPoint avifQuantizerTunedForImagesTable[]{
+    {0.00, 55},   {0.30, 44.5}, {0.40, 41.5}, {0.50, 39.35}, {0.60, 35.6},
+    {0.70, 32.1}, {0.75, 29.3}, {0.80, 26.6}, {0.85, 19.7},  {0.90, 13.3},
+    {0.95, 7},    {0.98, 3.8},  {1.00, 1},
+};
+
+// Above 0.95, where 4:2:0 chroma keeps scores from rising much, finer steps cost more than they
+// give.
+constexpr QualityPoint heicRateFactorTable[]{
+    {0.00, 41},    {0.30, 35.94}, {0.40, 34.52}, {0.50, 33.18}, {0.60, 31.44}, {0.70, 29.53},
+    {0.75, 28.23}, {0.80, 26.24}, {0.85, 23.78}, {0.90, 20.3},  {0.95, 13.6},  {1.00, 11.5},
+};
+
+}  // namespace
+
+namespace QualityTables {
+
+std::span<const QualityPoint> jpegStepScale() { return jpegStepScaleTable; }
+std::span<const QualityPoint> avifQuantizer() { return avifQuantizerTable; }
+std::span<const QualityPoint> avifQuantizerTunedForImages() {
+  return avifQuantizerTunedForImagesTable;
+}
+std::span<const QualityPoint> heicRateFactor() { return heicRateFactorTable; }
+
+}  // namespace QualityTables
+
+double settingAt(std::span<const QualityPoint> table, double quality) {
+  const auto above = std::ranges::upper_bound(table, quality, {}, &QualityPoint::quality);
+  if (above == table.begin() || std::isnan(quality)) return table.front().setting;
+  if (above == table.end()) return table.back().setting;
+  const QualityPoint& below = *(above - 1);
+  return std::lerp(below.setting, above->setting,
+                   (quality - below.quality) / (above->quality - below.quality));
+}
+
+}  // namespace orvane

@@ -1,0 +1,73 @@
+#include "codecs/avif/AVIFLibrary.h"
+
+#include <new>
+
+namespace orvane::AVIFLibrary {
+namespace {
+
+template <typename Owner>
+Owner owned(typename Owner::pointer made) {
+  if (made == nullptr) throw std::bad_alloc();
+  return Owner(made);
+}
+
+}  // namespace
+
+Decoder makeDecoder() { return owned<Decoder>(avifDecoderCreate()); }
+
+Encoder makeEncoder() { return owned<Encoder>(avifEncoderCreate()); }
+
+Picture makePicture(std::uint32_t width, std::uint32_t height, std::uint32_t depth,
+                    avifPixelFormat format) {
+  return owned<Picture>(avifImageCreate(width, height, depth, format));
+}
+
+#if AVIF_VERSION_MAJOR >= 1
+
+namespace {
+
+/// Allocation is all that can fail where this is asked.
+void requireMemory(avifResult result) {
+  if (result != AVIF_RESULT_OK) throw std::bad_alloc();
+}
+
+/// The quality, 0…100, that libavif turns into this quantizer.
+int qualityOf(int quantizer) { return 100 - (quantizer * 100 + 31) / 63; }
+
+}  // namespace
+
+int mirrorAxis(const avifImage& picture) { return picture.imir.axis; }
+
+void setICCProfile(avifImage& picture, ByteView profile) {
+  requireMemory(avifImageSetProfileICC(&picture, profile.data(), profile.size()));
+}
+
+void setQuantizers(avifEncoder& encoder, Quantizers quantizers) {
+  encoder.quality = qualityOf(quantizers.color);
+  encoder.qualityAlpha = qualityOf(quantizers.alpha);
+}
+
+void setCodecOption(avifEncoder& encoder, const char* name, const char* value) {
+  requireMemory(avifEncoderSetCodecSpecificOption(&encoder, name, value));
+}
+
+#else
+
+int mirrorAxis(const avifImage& picture) { return picture.imir.mode; }
+
+void setICCProfile(avifImage& picture, ByteView profile) {
+  avifImageSetProfileICC(&picture, profile.data(), profile.size());
+}
+
+void setQuantizers(avifEncoder& encoder, Quantizers quantizers) {
+  encoder.minQuantizer = encoder.maxQuantizer = quantizers.color;
+  encoder.minQuantizerAlpha = encoder.maxQuantizerAlpha = quantizers.alpha;
+}
+
+void setCodecOption(avifEncoder& encoder, const char* name, const char* value) {
+  avifEncoderSetCodecSpecificOption(&encoder, name, value);
+}
+
+#endif
+
+}  // namespace orvane::AVIFLibrary

@@ -1,0 +1,187 @@
+#include <new>
+
+#include "codecs/ISOBaseMedia.h"
+#include "codecs/ImageLimits.h"
+#include "codecs/ImageReader.h"
+#include "codecs/avif/AVIFLibrary.h"
+#include "platform/graphics/ICCProfile.h"
+
+namespace orvane {
+namespace {
+
+void require(avifResult result) {
+  if (result == AVIF_RESULT_OUT_OF_MEMORY) throw std::bad_alloc();
+  if (result != AVIF_RESULT_OK) throw UnreadableImage(avifResultToString(result));
+}
+
+/// Files without an item that codes the picture are sequences, whose tracks do.
+bool recognises(ByteView file) {
+  const auto coding = ISOBaseMedia::primaryItemCoding(file);
+  return coding ? coding == "av01" : ISOBaseMedia::hasBrand(file, "avis");
+}
+
+/// The EXIF number of a turn by `angle` × 90° anti-clockwise and a mirror image after it, the order
+/// that ISO/IEC 23000-22, 7.3.6.7 asks of writers.
+int exifOrientation(const avifImage& picture) {
+  constexpr int unmirrored[]{1, 8, 3, 6};
+  constexpr int mirrored[][4]{{4, 5, 2, 7}, {2, 7, 4, 5}};  // top with bottom, left with right
+  const bool turns = (picture.transformFlags & AVIF_TRANSFORM_IROT) != 0;
+  const int angle = turns ? picture.irot.angle & 3 : 0;
+  if ((picture.transformFlags & AVIF_TRANSFORM_IMIR) == 0) return unmirrored[angle];
+  return mirrored[AVIFLibrary::mirrorAxis(picture) & 1][angle];
+}
+
+/// What is left of one side of a picture.
+struct Aperture {
+  std::size_t start = 0;
+  std::size_t length = 0;
+};
+
+/// ISO/IEC 14496-12, 12.1.4: a length and the distance of its centre from the picture's, both
+/// fractions. A start between two pixels is moved to the first.
+Aperture cleanAperture(std::int64_t side, std::int32_t lengthN, std::int32_t lengthD,
+                       std::int32_t offsetN, std::int32_t offsetD) {
+  if (lengthN <= 0 || lengthD <= 0 || offsetD <= 0) throw UnreadableImage("a broken crop");
+  const std::int64_t length = lengthN / lengthD;
+  const std::int64_t doubleStart =
+      (side - length) * offsetD + 2 * std::int64_t{offsetN};  // in units of 1 / (2 · offsetD)
+  const std::int64_t start = doubleStart / (2 * std::int64_t{offsetD});
+  if (length == 0 || doubleStart < 0 || start + length > side) {
+    throw UnreadableImage("a crop outside of the picture");
+  }
+  return {static_cast<std::size_t>(start), static_cast<std::size_t>(length)};
+}
+
+/// `image` without what its clean aperture leaves out. Shares its pixels.
+Image cropped(Image image, const avifCleanApertureBox& box) {
+  const auto number = [](std::uint32_t stored) { return static_cast<std::int32_t>(stored); };
+  const Aperture x =
+      cleanAperture(static_cast<std::int64_t>(image.width), number(box.widthN), number(box.widthD),
+                    number(box.horizOffN), number(box.horizOffD));
+  const Aperture y = cleanAperture(static_cast<std::int64_t>(image.height), number(box.heightN),
+                                   number(box.heightD), number(box.vertOffN), number(box.vertOffD));
+  image.pixels = PixelMemory(image.pixels, image.row(y.start) + x.start * image.bytesPerPixel());
+  image.width = x.length;
+  image.height = y.length;
+  return image;
+}
+
+ByteView iccOf(const avifImage& picture) { return {picture.icc.data, picture.icc.size}; }
+
+ColorSpacePtr colorSpaceOf(const avifImage& picture, ColorSpace::Model model) {
+  const ByteView icc = iccOf(picture);
+  ImageLimits::checkICC(icc.size());
+  if (!icc.empty()) return ColorSpace::fromICC(icc, model);
+  return ColorSpace::fromCodePoints({picture.colorPrimaries, picture.transferCharacteristics},
+                                    model);
+}
+
+/// libavif has no constant-luminance conversions. Their matrices' coefficients are those of the
+/// plain ones, which show such pictures nearly right.
+void replaceConstantLuminance(avifImage& picture) {
+  if (picture.matrixCoefficients == AVIF_MATRIX_COEFFICIENTS_BT2020_CL) {
+    picture.matrixCoefficients = AVIF_MATRIX_COEFFICIENTS_BT2020_NCL;
+  } else if (picture.matrixCoefficients == AVIF_MATRIX_COEFFICIENTS_CHROMA_DERIVED_CL) {
+    picture.matrixCoefficients = AVIF_MATRIX_COEFFICIENTS_CHROMA_DERIVED_NCL;
+  }
+}
+
+/// libyuv, which is many times as fast as libavif itself, has coefficients of 8 bits. The greatest
+/// of the wider matrices does not fit when it stretches the range: blues would be 10 of 255 off.
+bool outgrowsLibYUV(const avifImage& picture) {
+  return picture.yuvRange == AVIF_RANGE_LIMITED &&
+         picture.matrixCoefficients != AVIF_MATRIX_COEFFICIENTS_BT601 &&
+         picture.matrixCoefficients != AVIF_MATRIX_COEFFICIENTS_BT470BG;
+}
+
+AlphaKind alphaOf(const avifImage& picture) {
+  if (picture.alphaPlane == nullptr) return AlphaKind::none;
+  return picture.alphaPremultiplied ? AlphaKind::premultiplied : AlphaKind::straight;
+}
+
+/// R, G, B, A of 8 bits, or of 16 where the picture has more than 8.
+Image render(const avifImage& picture) {
+  Image image{.width = picture.width,
+              .height = picture.height,
+              .bitsPerComponent = picture.depth > 8 ? 16 : 8,
+              .layout = ChannelLayout::rgba,
+              .alpha = alphaOf(picture),
+              .colorSpace = colorSpaceOf(picture, ColorSpace::Model::rgb)};
+  avifRGBImage target{};
+  avifRGBImageSetDefaults(&target, &picture);
+  target.depth = static_cast<std::uint32_t>(image.bitsPerComponent);
+  target.avoidLibYUV = outgrowsLibYUV(picture);
+  target.chromaUpsampling = AVIF_CHROMA_UPSAMPLING_BEST_QUALITY;
+  target.alphaPremultiplied = picture.alphaPremultiplied;
+  target.pixels = allocatePackedRows(image);
+  target.rowBytes = static_cast<std::uint32_t>(image.bytesPerRow);
+  require(avifImageYUVToRGB(&picture, &target));
+  return image;
+}
+
+/// A grey rendering as grey (and alpha), for the sake of a grey profile.
+template <typename Component>
+Image asGray(const Image& rendered, const ColorSpacePtr& colorSpace) {
+  Image gray = rendered;
+  gray.layout = rendered.alpha == AlphaKind::none ? ChannelLayout::gray : ChannelLayout::grayAlpha;
+  gray.colorSpace = colorSpace;
+  auto* out = reinterpret_cast<Component*>(allocatePackedRows(gray));
+  for (std::size_t y = 0; y < rendered.height; ++y) {
+    const auto* in = reinterpret_cast<const Component*>(rendered.row(y));
+    for (std::size_t x = 0; x < rendered.width; ++x, in += 4) {
+      *out++ = in[0];
+      if (gray.layout == ChannelLayout::grayAlpha) *out++ = in[3];
+    }
+  }
+  return gray;
+}
+
+class AVIFSource : public ImageSource {
+ public:
+  explicit AVIFSource(ByteView file);
+
+  std::string_view typeIdentifier() const override { return "public.avif"; }
+  std::size_t frameCount() const override { return static_cast<std::size_t>(decoder_->imageCount); }
+  int orientation() const override { return exifOrientation(*decoder_->image); }
+  Image image() override;
+
+ private:
+  AVIFLibrary::Decoder decoder_ = AVIFLibrary::makeDecoder();
+};
+
+AVIFSource::AVIFSource(ByteView file) {
+  decoder_->codecChoice = AVIF_CODEC_CHOICE_DAV1D;
+  decoder_->maxThreads = 1;
+  // Pictures without pixi, with an alpha item without ispe or with an odd crop are common and
+  // whole.
+  decoder_->strictFlags = AVIF_STRICT_DISABLED;
+  decoder_->ignoreExif = AVIF_TRUE;
+  decoder_->ignoreXMP = AVIF_TRUE;
+  decoder_->imageDimensionLimit = ImageLimits::maximumSide;
+  require(avifDecoderSetIOMemory(decoder_.get(), file.data(), file.size()));
+  require(avifDecoderParse(decoder_.get()));
+  const avifImage& header = *decoder_->image;
+  ImageLimits::check(header.width, header.height, header.depth > 8 ? 8 : 4);
+}
+
+Image AVIFSource::image() {
+  require(avifDecoderNthImage(decoder_.get(), 0));
+  replaceConstantLuminance(*decoder_->image);
+  const avifImage& picture = *decoder_->image;
+  Image image = render(picture);
+  if (picture.yuvFormat == AVIF_PIXEL_FORMAT_YUV400 && ICCProfile::isForGray(iccOf(picture))) {
+    const auto gray = colorSpaceOf(picture, ColorSpace::Model::gray);
+    image = image.bitsPerComponent == 8 ? asGray<std::uint8_t>(image, gray)
+                                        : asGray<std::uint16_t>(image, gray);
+  }
+  if ((picture.transformFlags & AVIF_TRANSFORM_CLAP) != 0) image = cropped(image, picture.clap);
+  return image;
+}
+
+}  // namespace
+
+const ImageReader avifReader{recognises, [](ByteView file) -> std::unique_ptr<ImageSource> {
+                               return std::make_unique<AVIFSource>(file);
+                             }};
+
+}  // namespace orvane

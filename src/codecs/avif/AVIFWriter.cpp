@@ -1,0 +1,148 @@
+#include <algorithm>
+#include <new>
+#include <optional>
+
+#include "codecs/ImageDestination.h"
+#include "codecs/ScreenContent.h"
+#include "codecs/avif/AVIFLibrary.h"
+#include "codecs/avif/AVIFSettings.h"
+#include "platform/graphics/RowRenderer.h"
+
+namespace orvane {
+namespace {
+
+using AVIFSettings::Content;
+using AVIFSettings::Tuning;
+
+/// AV1 codes sides in 16 bits.
+constexpr std::size_t maximumSide = 65535;
+
+/// Luma, two of chroma and alpha, at most 16 bits each.
+constexpr std::size_t planeBytesPerPixel = 8;
+
+/// Rows that are rendered at once.
+constexpr std::size_t stripRows = 32;
+
+void require(avifResult result) {
+  if (result == AVIF_RESULT_OUT_OF_MEMORY) throw std::bad_alloc();
+  if (result != AVIF_RESULT_OK) throw UnwritableImage(avifResultToString(result));
+}
+
+/// Rows of `picture`, in its memory.
+class Strip {
+ public:
+  Strip(avifImage& picture, std::size_t first, std::size_t count)
+      : view_(AVIFLibrary::makePicture(0, 0, picture.depth, picture.yuvFormat)) {
+    const avifCropRect rows{0, static_cast<std::uint32_t>(first), picture.width,
+                            static_cast<std::uint32_t>(count)};
+    require(avifImageSetViewRect(view_.get(), &picture, &rows));
+  }
+
+  /// `pixels` are R, G, B, A, of 16 bits where that is said. Alpha goes where there is a plane for
+  /// it.
+  void fill(const std::uint8_t* pixels, std::size_t bytesPerRow, int bitsPerComponent) {
+    avifRGBImage source{};
+    avifRGBImageSetDefaults(&source, view_.get());
+    source.depth = static_cast<std::uint32_t>(bitsPerComponent);
+    source.ignoreAlpha = view_->alphaPlane == nullptr;
+    source.pixels = const_cast<std::uint8_t*>(pixels);  // only read
+    source.rowBytes = static_cast<std::uint32_t>(bytesPerRow);
+    const avifResult result = avifImageRGBToYUV(view_.get(), &source);
+    // The conversion takes the planes that it finds for its own.
+    view_->imageOwnsYUVPlanes = view_->imageOwnsAlphaPlane = AVIF_FALSE;
+    require(result);
+  }
+
+ private:
+  AVIFLibrary::Picture view_;
+};
+
+void describeColors(avifImage& picture, const ColorSpace& colorSpace) {
+  picture.matrixCoefficients = AVIF_MATRIX_COEFFICIENTS_BT601;
+  picture.yuvRange = AVIF_RANGE_FULL;
+  if (const auto codePoints = colorSpace.codePoints()) {
+    picture.colorPrimaries = codePoints->primaries;
+    picture.transferCharacteristics = codePoints->transfer;
+  } else {
+    AVIFLibrary::setICCProfile(picture, colorSpace.iccData());
+  }
+}
+
+/// `image` in its rendering space as AV1 codes it. Rows that are in the right form already are not
+/// copied first.
+AVIFLibrary::Picture convert(const Image& image, Content content) {
+  const ColorSpacePtr colorSpace = renderingSpace(image.colorSpace);
+  AVIFLibrary::Picture picture = AVIFLibrary::makePicture(
+      static_cast<std::uint32_t>(image.width), static_cast<std::uint32_t>(image.height),
+      AVIFSettings::depth(content), AVIFSettings::pixelFormat);
+  describeColors(*picture, *colorSpace);
+  // libavif 0.11 ends the process where there is no memory for the planes: see first that there is.
+  static_cast<void>(makePixelMemory(image.width * image.height * planeBytesPerPixel));
+  require(avifImageAllocatePlanes(
+      picture.get(), image.alpha == AlphaKind::none ? AVIF_PLANES_YUV : AVIF_PLANES_ALL));
+
+  const std::size_t bytesPerRow =
+      image.width * 4 * static_cast<std::size_t>(image.bitsPerComponent / 8);
+  std::optional<RowRenderer> renderer;
+  MutablePixelMemory rendered;
+  if (!isOpaqueRendering(image)) {
+    renderer.emplace(image, colorSpace, image.bitsPerComponent, RowRenderer::AlphaForm::straight);
+    rendered = makePixelMemory(bytesPerRow * std::min(stripRows, image.height));
+  }
+  for (std::size_t first = 0; first < image.height; first += stripRows) {
+    const std::size_t count = std::min(stripRows, image.height - first);
+    for (std::size_t i = 0; renderer && i < count; ++i) {
+      renderer->render(first + i, rendered.get() + i * bytesPerRow);
+    }
+    Strip(*picture, first, count)
+        .fill(renderer ? rendered.get() : image.row(first), bytesPerRow, image.bitsPerComponent);
+  }
+  return picture;
+}
+
+/// Nothing when libaom does not know the tuning, or another option.
+std::optional<Bytes> encode(const avifImage& picture, double quality, Content content,
+                            Tuning tuning) {
+  const AVIFLibrary::Encoder encoder = AVIFLibrary::makeEncoder();
+  encoder->codecChoice = AVIF_CODEC_CHOICE_AOM;
+  encoder->maxThreads = 1;
+  encoder->speed = AVIFSettings::speed;
+  AVIFLibrary::setQuantizers(*encoder, {.color = AVIFSettings::colorQuantizer(quality, tuning),
+                                        .alpha = AVIFSettings::alphaQuantizer});
+  if (tuning == Tuning::imageQuality) AVIFLibrary::setCodecOption(*encoder, "color:tune", "iq");
+  if (content == Content::screen) {
+    AVIFLibrary::setCodecOption(*encoder, "color:tune-content", "screen");
+  }
+  // Blocks copied from elsewhere in the picture take several times as long to find, and libaom
+  // takes the smooth parts of photographs for a reason to look.
+  AVIFLibrary::setCodecOption(*encoder, "enable-intrabc", "0");
+  AVIFLibrary::Output output;
+  const avifResult result = avifEncoderWrite(encoder.get(), &picture, &output.data);
+  if (result == AVIF_RESULT_INVALID_CODEC_SPECIFIC_OPTION) return std::nullopt;
+  require(result);
+  return Bytes(output.data.data, output.data.data + output.data.size);
+}
+
+Content contentOf(const Image& image) {
+  if (image.bitsPerComponent > 8) return Content::natural;  // 8 bits are too few
+  OpaqueRows rows(image);
+  return suitsScreenContentTools(rows) ? Content::screen : Content::natural;
+}
+
+Bytes encode(const Image& image, double quality) {
+  if (image.width > maximumSide || image.height > maximumSide) {
+    throw UnwritableImage("a side is longer than AV1 can hold");
+  }
+  const Content content = contentOf(image);
+  const AVIFLibrary::Picture picture = convert(image, content);
+  for (const Tuning tuning : {Tuning::imageQuality, Tuning::structuralSimilarity}) {
+    if (auto file = encode(*picture, quality, content, tuning)) return *std::move(file);
+  }
+  throw UnwritableImage("libaom refuses its options");
+}
+
+}  // namespace
+
+const ImageDestination avifDestination{"public.avif", encode};
+
+}  // namespace orvane

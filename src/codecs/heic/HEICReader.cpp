@@ -1,0 +1,237 @@
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "codecs/ISOBaseMedia.h"
+#include "codecs/ImageLimits.h"
+#include "codecs/ImageReader.h"
+#include "codecs/heic/HEIFLibrary.h"
+#include "platform/graphics/ICCProfile.h"
+
+namespace orvane {
+namespace {
+
+// MARK: Colour space
+
+/// The ICC profile that belongs to the picture; empty when there is none.
+Bytes iccProfile(const heif_image_handle* handle) {
+  const std::size_t size = heif_image_handle_get_raw_color_profile_size(handle);
+  if (size == 0) return {};
+  ImageLimits::checkICC(size);
+  Bytes profile(size);
+  const heif_error error = heif_image_handle_get_raw_color_profile(handle, profile.data());
+  return error.code == heif_error_Ok ? profile : Bytes{};
+}
+
+/// What the file's colr box says in code points, or else the HEVC stream, where libheif hands that
+/// on.
+CodePoints codePoints(const heif_image_handle* handle, const heif_image* decoded) {
+  HEIFColorProfile profile = HEIFLibrary::colorProfile(handle);
+  if (profile == nullptr) profile = HEIFLibrary::colorProfile(decoded);
+  if (profile == nullptr) return {};
+  return {static_cast<std::uint16_t>(profile->color_primaries),
+          static_cast<std::uint16_t>(profile->transfer_characteristics)};
+}
+
+// MARK: Pixels
+
+/// One plane of a decoded picture as rows of full-range samples.
+template <class Sample>
+class Channel {
+ public:
+  Channel(const heif_image* image, heif_channel channel)
+      : plane_(heif_image_get_plane_readonly(image, channel, &stride_)),
+        width_(static_cast<std::size_t>(heif_image_get_width(image, channel))),
+        bitDepth_(heif_image_get_bits_per_pixel_range(image, channel)) {
+    if (bitDepth_ == 8 && sizeof(Sample) == 1) return;
+    row_.resize(width_);
+    scaled_.resize(std::size_t{1} << bitDepth_);
+    const std::size_t from = scaled_.size() - 1;
+    constexpr std::size_t to = std::numeric_limits<Sample>::max();
+    for (std::size_t value = 0; value <= from; ++value) {
+      scaled_[value] = static_cast<Sample>((value * to + from / 2) / from);
+    }
+  }
+
+  /// Good until the next call.
+  const Sample* row(std::size_t y) {
+    const std::uint8_t* stored = plane_ + y * static_cast<std::size_t>(stride_);
+    if (scaled_.empty()) return reinterpret_cast<const Sample*>(stored);
+    if (bitDepth_ == 8) {
+      scale(stored);
+    } else {
+      scale(reinterpret_cast<const std::uint16_t*>(stored));
+    }
+    return row_.data();
+  }
+
+ private:
+  template <class Stored>
+  void scale(const Stored* stored) {
+    const std::size_t mask = scaled_.size() - 1;
+    for (std::size_t x = 0; x < width_; ++x) row_[x] = scaled_[stored[x] & mask];
+  }
+
+  int stride_ = 0;
+  const std::uint8_t* plane_;
+  std::size_t width_;
+  int bitDepth_;
+  std::vector<Sample> scaled_;  ///< by stored value; empty when the stored samples will do
+  std::vector<Sample> row_;
+};
+
+template <std::size_t count, class Sample>
+void interleaveRow(const std::array<const Sample*, 4>& rows, std::size_t width, Sample* out) {
+  for (std::size_t x = 0; x < width; ++x) {
+    for (std::size_t c = 0; c < count; ++c) out[x * count + c] = rows[c][x];
+  }
+}
+
+/// Fills `target`, whose form has been chosen, with the planes of `source`.
+template <class Sample>
+void interleave(const heif_image* source, Image& target) {
+  const bool gray = channelCount(target.layout) < 3;
+  const bool alpha = target.alpha != AlphaKind::none;
+  std::vector<Channel<Sample>> channels;
+  // The three are equal in a picture that a grey profile belongs to.
+  if (!gray) channels.emplace_back(source, heif_channel_R);
+  channels.emplace_back(source, heif_channel_G);
+  if (!gray) channels.emplace_back(source, heif_channel_B);
+  if (alpha) channels.emplace_back(source, heif_channel_Alpha);
+
+  const std::vector<Sample> filler(target.width, std::numeric_limits<Sample>::max());
+  std::array<const Sample*, 4> rows;
+  rows.fill(filler.data());
+  std::uint8_t* pixels = allocatePackedRows(target);
+  for (std::size_t y = 0; y < target.height; ++y) {
+    for (std::size_t c = 0; c < channels.size(); ++c) rows[c] = channels[c].row(y);
+    auto* out = reinterpret_cast<Sample*>(pixels + y * target.bytesPerRow);
+    switch (target.layout) {
+      case ChannelLayout::gray:
+        interleaveRow<1>(rows, target.width, out);
+        break;
+      case ChannelLayout::grayAlpha:
+        interleaveRow<2>(rows, target.width, out);
+        break;
+      default:
+        interleaveRow<4>(rows, target.width, out);
+    }
+  }
+}
+
+std::size_t side(int length) {
+  if (length <= 0) throw UnreadableImage("a picture without a size");
+  return static_cast<std::size_t>(length);
+}
+
+/// All planes of a picture have its size: alpha is a picture of its own in the file, which need
+/// not agree.
+bool planesAgree(const heif_image* image, std::size_t width, std::size_t height) {
+  constexpr std::array channels{heif_channel_R, heif_channel_G, heif_channel_B, heif_channel_Alpha};
+  return std::ranges::all_of(channels, [&](heif_channel channel) {
+    if (channel == heif_channel_Alpha && !heif_image_has_channel(image, channel)) return true;
+    return heif_image_get_width(image, channel) == static_cast<int>(width) &&
+           heif_image_get_height(image, channel) == static_cast<int>(height);
+  });
+}
+
+bool isDeep(const heif_image* image, heif_channel channel) {
+  return heif_image_has_channel(image, channel) != 0 &&
+         heif_image_get_bits_per_pixel_range(image, channel) > 8;
+}
+
+// MARK: Source
+
+class HEICSource final : public ImageSource {
+ public:
+  explicit HEICSource(ByteView file) : context_(HEIFLibrary::makeContext()) {
+    HEIFLibrary::check(heif_context_read_from_memory_without_copy(context_.get(), file.data(),
+                                                                  file.size(), nullptr));
+    heif_image_handle* primary = nullptr;
+    HEIFLibrary::check(heif_context_get_primary_image_handle(context_.get(), &primary));
+    handle_.reset(primary);
+    width_ = side(heif_image_handle_get_width(primary));
+    height_ = side(heif_image_handle_get_height(primary));
+    const bool deep = heif_image_handle_get_luma_bits_per_pixel(primary) > 8;
+    ImageLimits::check(width_, height_, deep ? 8 : 4);
+  }
+
+  std::string_view typeIdentifier() const override { return "public.heic"; }
+
+  std::size_t frameCount() const override {
+    return static_cast<std::size_t>(
+        std::max(1, heif_context_get_number_of_top_level_images(context_.get())));
+  }
+
+  Image image() override;
+
+ private:
+  /// As planes of R, G, B and, where there is one, alpha, upright and cropped.
+  HEIFImage decode() const {
+    const HEIFDecodingOptions options = HEIFLibrary::makeDecodingOptions();
+    heif_image* decoded = nullptr;
+    HEIFLibrary::check(heif_decode_image(handle_.get(), &decoded, heif_colorspace_RGB,
+                                         heif_chroma_444, options.get()));
+    return HEIFImage(decoded);
+  }
+
+  HEIFContext context_;
+  HEIFImageHandle handle_;
+  std::size_t width_ = 0;
+  std::size_t height_ = 0;
+};
+
+Image HEICSource::image() try {
+  const HEIFImage decoded = decode();
+  if (heif_image_get_decoding_warnings(decoded.get(), 0, nullptr, 0) > 0) {
+    throw UnreadableImage("decoded with warnings");
+  }
+  if (!planesAgree(decoded.get(), width_, height_)) {
+    throw UnreadableImage("not of the size that its header says");
+  }
+
+  Image image;
+  image.width = width_;
+  image.height = height_;
+  const bool deep =
+      isDeep(decoded.get(), heif_channel_G) || isDeep(decoded.get(), heif_channel_Alpha);
+  image.bitsPerComponent = deep ? 16 : 8;
+  if (heif_image_has_channel(decoded.get(), heif_channel_Alpha)) {
+    const bool premultiplied = heif_image_handle_is_premultiplied_alpha(handle_.get()) != 0;
+    image.alpha = premultiplied ? AlphaKind::premultiplied : AlphaKind::straight;
+  }
+  const Bytes profile = iccProfile(handle_.get());
+  if (ICCProfile::isForGray(profile)) {
+    image.layout = image.alpha == AlphaKind::none ? ChannelLayout::gray : ChannelLayout::grayAlpha;
+    image.colorSpace = ColorSpace::fromICC(profile, ColorSpace::Model::gray);
+  } else if (!profile.empty()) {
+    image.colorSpace = ColorSpace::fromICC(profile, ColorSpace::Model::rgb);
+  } else {
+    image.colorSpace = ColorSpace::fromCodePoints(codePoints(handle_.get(), decoded.get()),
+                                                  ColorSpace::Model::rgb);
+  }
+  if (image.bitsPerComponent == 16) {
+    interleave<std::uint16_t>(decoded.get(), image);
+  } else {
+    interleave<std::uint8_t>(decoded.get(), image);
+  }
+  return image;
+} catch (const HEIFLibrary::Error& error) {
+  throw UnreadableImage(error.what());
+}
+
+bool recognises(ByteView file) { return ISOBaseMedia::primaryItemCoding(file) == "hvc1"; }
+
+std::unique_ptr<ImageSource> open(ByteView file) {
+  try {
+    return std::make_unique<HEICSource>(file);
+  } catch (const HEIFLibrary::Error& error) {
+    throw UnreadableImage(error.what());
+  }
+}
+
+}  // namespace
+
+const ImageReader heicReader{recognises, open};
+
+}  // namespace orvane

@@ -1,0 +1,143 @@
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <optional>
+
+#include "codecs/ImageDestination.h"
+#include "codecs/QualityTable.h"
+#include "codecs/YCbCrRows.h"
+#include "codecs/heic/HEIFLibrary.h"
+#include "platform/graphics/RowRenderer.h"
+
+namespace orvane {
+namespace {
+
+/// BT.601 of 625 or 525 lines: what phones write and every reader assumes.
+constexpr heif_matrix_coefficients matrix = heif_matrix_coefficients_ITU_R_BT_601_6;
+
+/// Sides are coded in multiples of 8, and decoders take no more than 16 bits of them. The levels of
+/// ITU-T H.265 (A.4.1) end earlier, at 35 million pixels; what is larger claims none of them.
+constexpr std::size_t maximumSide = 65528;
+
+// MARK: Pixels
+
+/// A plane to be written from its top row on.
+class PlaneRows {
+ public:
+  PlaneRows(heif_image* image, heif_channel channel, std::size_t width, std::size_t height) {
+    HEIFLibrary::check(
+        heif_image_add_plane(image, channel, static_cast<int>(width), static_cast<int>(height), 8));
+    memory_ = heif_image_get_plane(image, channel, &stride_);
+  }
+
+  std::uint8_t* row(std::size_t y) const { return memory_ + y * static_cast<std::size_t>(stride_); }
+
+ private:
+  int stride_ = 0;
+  std::uint8_t* memory_ = nullptr;
+};
+
+HEIFImage emptyImage(std::size_t width, std::size_t height) {
+  heif_image* image = nullptr;
+  HEIFLibrary::check(heif_image_create(static_cast<int>(width), static_cast<int>(height),
+                                       heif_colorspace_YCbCr, heif_chroma_420, &image));
+  return HEIFImage(image);
+}
+
+/// `image` rendered into `space`, as planes of YCbCr 4:2:0 and, where it has one, alpha.
+HEIFImage convert(const Image& image, const ColorSpacePtr& space) {
+  const std::size_t width = image.width;
+  const std::size_t height = image.height;
+  HEIFImage result = emptyImage(width, height);
+  const PlaneRows luma(result.get(), heif_channel_Y, width, height);
+  const PlaneRows cb(result.get(), heif_channel_Cb, (width + 1) / 2, (height + 1) / 2);
+  const PlaneRows cr(result.get(), heif_channel_Cr, (width + 1) / 2, (height + 1) / 2);
+  std::optional<PlaneRows> alpha;
+  if (image.alpha != AlphaKind::none)
+    alpha.emplace(result.get(), heif_channel_Alpha, width, height);
+
+  RowRenderer renderer(image, space, 8, RowRenderer::AlphaForm::straight);
+  Bytes upper(width * 4);
+  Bytes lower(width * 4);
+  for (std::size_t y = 0; y < height; ++y) {
+    Bytes& row = y % 2 == 0 ? upper : lower;
+    renderer.render(y, row.data());
+    YCbCrRows::writeLuma(row.data(), width, luma.row(y));
+    if (alpha) YCbCrRows::writeAlpha(row.data(), width, alpha->row(y));
+    if (y % 2 == 1 || y + 1 == height) {
+      YCbCrRows::writeChroma(upper.data(), row.data(), width, cb.row(y / 2), cr.row(y / 2));
+    }
+  }
+  return result;
+}
+
+// MARK: Colour space
+
+/// How the planes are to be read. The code points stand for the space where they can; where they
+/// cannot they are unspecified, and the profile is there.
+HEIFColorProfile planeDescription(const ColorSpace& space) {
+  HEIFColorProfile profile(heif_nclx_color_profile_alloc());
+  if (profile == nullptr) throw std::bad_alloc();
+  const CodePoints codePoints = space.codePoints().value_or(CodePoints());
+  HEIFLibrary::check(
+      heif_nclx_color_profile_set_color_primaries(profile.get(), codePoints.primaries));
+  HEIFLibrary::check(
+      heif_nclx_color_profile_set_transfer_characteristics(profile.get(), codePoints.transfer));
+  profile->matrix_coefficients = matrix;
+  profile->full_range_flag = 1;
+  return profile;
+}
+
+void attachICC(heif_image* image, ByteView profile) {
+  HEIFLibrary::check(
+      heif_image_set_raw_color_profile(image, "prof", profile.data(), profile.size()));
+}
+
+// MARK: File
+
+heif_error append(heif_context*, const void* data, size_t size, void* file) {
+  const auto* bytes = static_cast<const std::uint8_t*>(data);
+  try {
+    auto& target = *static_cast<Bytes*>(file);
+    target.insert(target.end(), bytes, bytes + size);
+    return {heif_error_Ok, heif_suberror_Unspecified, "Success"};
+  } catch (const std::bad_alloc&) {
+    return {heif_error_Encoding_error, heif_suberror_Cannot_write_output_data, "no memory"};
+  }
+}
+
+Bytes serialized(heif_context* context) {
+  Bytes file;
+  heif_writer writer{.writer_api_version = 1, .write = append};
+  HEIFLibrary::check(heif_context_write(context, &writer, &file));
+  return file;
+}
+
+Bytes encode(const Image& image, double quality) try {
+  if (image.width == 0 || image.height == 0) throw UnwritableImage("an empty picture");
+  if (std::max(image.width, image.height) > maximumSide)
+    throw UnwritableImage("a side is too long");
+  const ColorSpacePtr space = renderingSpace(image.colorSpace);
+  const HEIFImage planes = convert(image, space);
+  const HEIFColorProfile description = planeDescription(*space);
+  HEIFLibrary::check(heif_image_set_nclx_color_profile(planes.get(), description.get()));
+  if (!space->codePoints()) attachICC(planes.get(), space->iccData());
+
+  const HEIFContext context = HEIFLibrary::makeContext();
+  const HEIFEncoder encoder = HEIFLibrary::makeHEVCEncoder(context.get());
+  const double hundredths = std::round(settingAt(QualityTables::heicRateFactor(), quality) * 100);
+  HEIFLibrary::check(heif_encoder_set_lossy_quality(encoder.get(), static_cast<int>(hundredths)));
+  const HEIFEncodingOptions options = HEIFLibrary::makeEncodingOptions();
+  options->output_nclx_profile = description.get();
+  HEIFLibrary::check(heif_context_encode_image(context.get(), planes.get(), encoder.get(),
+                                               options.get(), nullptr));
+  return serialized(context.get());
+} catch (const HEIFLibrary::Error& error) {
+  throw UnwritableImage(error.what());
+}
+
+}  // namespace
+
+const ImageDestination heicDestination{"public.heic", encode};
+
+}  // namespace orvane

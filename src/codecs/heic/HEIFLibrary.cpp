@@ -1,0 +1,92 @@
+#include "codecs/heic/HEIFLibrary.h"
+
+#include <new>
+
+#include "codecs/ImageLimits.h"
+#include "codecs/heic/HEVCDecoder.h"
+#include "codecs/heic/HEVCEncoder.h"
+
+// From libheif 1.19 on. The version has a byte for each of its three numbers.
+#define ORVANE_LIBHEIF_HAS_SECURITY_LIMITS (LIBHEIF_NUMERIC_VERSION >= 0x01130000)
+
+namespace orvane::HEIFLibrary {
+namespace {
+
+/// Once in the process: libheif's tables of plugins are not for several threads to fill.
+void initialize() {
+  static const bool done = [] {
+    heif_init(nullptr);  // never undone: plugins may be in use until the very end
+    heif_register_decoder_plugin(&hevcDecoder);
+    heif_register_encoder_plugin(&hevcEncoder);
+    return true;
+  }();
+  static_cast<void>(done);
+}
+
+void setLimits(heif_context* context) {
+#if ORVANE_LIBHEIF_HAS_SECURITY_LIMITS
+  heif_security_limits& limits = *heif_context_get_security_limits(context);
+  limits.max_image_size_pixels = ImageLimits::maximumPixels;
+  limits.max_memory_block_size = ImageLimits::usableMemory() / 2;
+  limits.max_color_profile_size = ImageLimits::maximumICCBytes;
+#else
+  heif_context_set_maximum_image_size_limit(context, static_cast<int>(ImageLimits::maximumSide));
+#endif
+}
+
+/// `get` fails without freeing what it has made (1.15).
+template <class Source>
+HEIFColorProfile profileBy(heif_error (*get)(const Source*, heif_color_profile_nclx**),
+                           const Source* source) {
+  heif_color_profile_nclx* made = nullptr;
+  const heif_error error = get(source, &made);
+  HEIFColorProfile profile(made);
+  if (error.code != heif_error_Ok) profile.reset();
+  return profile;
+}
+
+}  // namespace
+
+void check(const heif_error& error) {
+  if (error.code != heif_error_Ok) throw Error(error.message);
+}
+
+HEIFContext makeContext() {
+  initialize();
+  HEIFContext context(heif_context_alloc());
+  if (context == nullptr) throw std::bad_alloc();
+  heif_context_set_max_decoding_threads(context.get(), 0);
+  setLimits(context.get());
+  return context;
+}
+
+HEIFDecodingOptions makeDecodingOptions() {
+  HEIFDecodingOptions options(heif_decoding_options_alloc());
+  if (options == nullptr) throw std::bad_alloc();
+  options->strict_decoding = 1;
+  return options;
+}
+
+HEIFEncoder makeHEVCEncoder(heif_context* context) {
+  heif_encoder* encoder = nullptr;
+  check(heif_context_get_encoder_for_format(context, heif_compression_HEVC, &encoder));
+  return HEIFEncoder(encoder);
+}
+
+HEIFEncodingOptions makeEncodingOptions() {
+  HEIFEncodingOptions options(heif_encoding_options_alloc());
+  if (options == nullptr) throw std::bad_alloc();
+  // Off by itself only in later generations: what could not read code points was iOS 12.
+  options->macOS_compatibility_workaround_no_nclx_profile = 0;
+  return options;
+}
+
+HEIFColorProfile colorProfile(const heif_image_handle* handle) {
+  return profileBy(heif_image_handle_get_nclx_color_profile, handle);
+}
+
+HEIFColorProfile colorProfile(const heif_image* image) {
+  return profileBy(heif_image_get_nclx_color_profile, image);
+}
+
+}  // namespace orvane::HEIFLibrary

@@ -1,0 +1,75 @@
+#include "codecs/heic/HEVCPlane.h"
+
+#include <new>
+
+namespace orvane {
+namespace {
+
+/// Rows begin at multiples of this many bytes, and as many may be read past the last one: more than
+/// decoders' vector code asks for.
+constexpr std::size_t alignment = 64;
+
+/// What a sample holds until it is decoded: noise such as no picture holds.
+template <class Sample>
+Sample blankSample(std::size_t x, std::size_t y, int bitDepth) {
+  const auto mixed =
+      static_cast<std::uint32_t>(x) * 0x9E3779B1U ^ static_cast<std::uint32_t>(y) * 0x85EBCA77U;
+  return static_cast<Sample>(mixed * 0xC2B2AE3DU >> (32 - bitDepth));
+}
+
+}  // namespace
+
+HEVCPlane::HEVCPlane(std::size_t width, std::size_t height, int bitDepth)
+    : width_(width), height_(height), bitDepth_(bitDepth) {
+  const std::size_t used = width * (bitDepth > 8 ? 2 : 1);
+  bytesPerRow_ = (used + alignment - 1) / alignment * alignment;
+  memory_.reset(
+      static_cast<std::uint8_t*>(std::aligned_alloc(alignment, bytesPerRow_ * height + alignment)));
+  if (memory_ == nullptr) throw std::bad_alloc();
+  if (bitDepth > 8) {
+    makeBlank<std::uint16_t>();
+  } else {
+    makeBlank<std::uint8_t>();
+  }
+}
+
+bool HEVCPlane::isComplete() const {
+  return bitDepth_ > 8 ? !hasBlankBlock<std::uint16_t>() : !hasBlankBlock<std::uint8_t>();
+}
+
+template <class Sample>
+void HEVCPlane::makeBlank() {
+  for (std::size_t y = 0; y < height_; ++y) {
+    Sample* samples = row<Sample>(y);
+    for (std::size_t x = 0; x < width_; ++x) samples[x] = blankSample<Sample>(x, y, bitDepth_);
+  }
+}
+
+/// Whether the block of 16 × 16 samples there, or what of it lies within the plane, is still blank.
+/// Looks at the middles of its 8 × 8 quarters: the deblocking of decoded neighbours does not reach
+/// them (ITU-T H.265, 8.7.2: up to three samples on both sides of the edges of an 8 × 8 grid).
+template <class Sample>
+bool HEVCPlane::isBlankBlock(std::size_t left, std::size_t top) const {
+  for (const std::size_t dy : {3, 4, 11, 12}) {
+    const std::size_t y = top + dy;
+    if (y >= height_) break;
+    for (const std::size_t dx : {3, 4, 11, 12}) {
+      const std::size_t x = left + dx;
+      if (x < width_ && row<Sample>(y)[x] != blankSample<Sample>(x, y, bitDepth_)) return false;
+    }
+  }
+  return true;
+}
+
+/// Coding tree blocks have sides of 16, 32 or 64, and sides of pictures are multiples of 8.
+template <class Sample>
+bool HEVCPlane::hasBlankBlock() const {
+  for (std::size_t top = 0; top < height_; top += 16) {
+    for (std::size_t left = 0; left < width_; left += 16) {
+      if (isBlankBlock<Sample>(left, top)) return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace orvane

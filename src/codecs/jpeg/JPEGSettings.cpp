@@ -1,0 +1,65 @@
+#include "codecs/jpeg/JPEGSettings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include "codecs/QualityTable.h"
+
+namespace orvane {
+namespace {
+
+/// From here on the loss of chroma detail shows on photographs too.
+constexpr double fullChromaQuality = 0.90;
+
+/// More than the blossoms and the neon lights of photographs reach, less than any page with
+/// coloured text on it.
+constexpr double fullChromaEdgeShare = 0.003;
+
+/// How quantisation steps grow with the frequency. All of them rise faster towards the high ones
+/// than the example tables of ITU-T T.81, annex K, which are older than any measure of what is
+/// seen.
+struct StepShape {
+  double constant;  ///< step of the block's mean, beside 1 for the lowest frequencies
+  double radial;    ///< added at the end of a row or column of coefficients
+  double diagonal;  ///< added at the highest frequency both ways
+
+  /// Of the coefficient of horizontal and vertical frequency u, v, 0…7.
+  double step(std::size_t u, std::size_t v) const {
+    if (u == 0 && v == 0) return constant;
+    return 1 + radial * std::pow(std::hypot(u, v) / 7, 1.5) +
+           diagonal * static_cast<double>(u * v) / 49;
+  }
+};
+
+constexpr StepShape lumaShape{.constant = 0.8, .radial = 8, .diagonal = 4};
+
+/// Halved chroma has lost its high frequencies already, and is coded a little finer than luma; of
+/// whole chroma less is seen than of luma.
+constexpr StepShape halvedChromaShape{.constant = 0.75, .radial = 8, .diagonal = 4};
+constexpr double halvedChromaScale = 0.8;
+constexpr StepShape fullChromaShape{.constant = 0.7, .radial = 12, .diagonal = 8};
+constexpr double fullChromaScale = 2;
+
+JPEGSettings::Steps steps(const StepShape& shape, double scale) {
+  JPEGSettings::Steps result;
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    const double step = std::round(scale * shape.step(i % 8, i / 8));
+    result[i] = static_cast<unsigned>(std::clamp(step, 1.0, 255.0));
+  }
+  return result;
+}
+
+}  // namespace
+
+JPEGSettings JPEGSettings::forPicture(double quality, double chromaEdgeShare) {
+  const double scale = settingAt(QualityTables::jpegStepScale(), quality);
+  const bool needsFullChroma =
+      quality >= fullChromaQuality || chromaEdgeShare > fullChromaEdgeShare;
+  return {.lumaSteps = steps(lumaShape, scale),
+          .chromaSteps = needsFullChroma ? steps(fullChromaShape, scale * fullChromaScale)
+                                         : steps(halvedChromaShape, scale * halvedChromaScale),
+          .chroma = needsFullChroma ? Chroma::full : Chroma::halved};
+}
+
+}  // namespace orvane

@@ -1,0 +1,117 @@
+#include "codecs/jxl/JXLColors.h"
+
+#include <jxl/version.h>
+
+#include "codecs/ImageLimits.h"
+#include "codecs/ImageSource.h"
+
+namespace orvane {
+namespace {
+
+/// Up to libjxl 0.8 the queries took a pixel format that they did not look at.
+#if JPEGXL_NUMERIC_VERSION < JPEGXL_COMPUTE_NUMERIC_VERSION(0, 9, 0)
+#define ORVANE_JXL_QUERY(function, decoder, ...) function(decoder, nullptr, __VA_ARGS__)
+#else
+#define ORVANE_JXL_QUERY(function, decoder, ...) function(decoder, __VA_ARGS__)
+#endif
+
+/// The colours as an enumerated encoding; nothing when they are an ICC profile's.
+std::optional<JxlColorEncoding> encoding(const JxlDecoder* decoder, JxlColorProfileTarget target) {
+  JxlColorEncoding result;
+  if (ORVANE_JXL_QUERY(JxlDecoderGetColorAsEncodedProfile, decoder, target, &result) !=
+      JXL_DEC_SUCCESS) {
+    return std::nullopt;
+  }
+  return result;
+}
+
+/// The colours as an ICC profile, one made by libjxl where they are enumerated; empty without.
+Bytes profile(const JxlDecoder* decoder, JxlColorProfileTarget target) {
+  std::size_t size = 0;
+  if (ORVANE_JXL_QUERY(JxlDecoderGetICCProfileSize, decoder, target, &size) != JXL_DEC_SUCCESS) {
+    return {};
+  }
+  ImageLimits::checkICC(size);
+  Bytes bytes(size);
+  if (ORVANE_JXL_QUERY(JxlDecoderGetColorAsICCProfile, decoder, target, bytes.data(), size) !=
+      JXL_DEC_SUCCESS) {
+    return {};
+  }
+  return bytes;
+}
+
+#undef ORVANE_JXL_QUERY
+
+/// The same in ITU-T H.273's numbers, which JPEG XL's are where there are such.
+std::optional<CodePoints> codePoints(const JxlColorEncoding& encoding) {
+  if (encoding.transfer_function == JXL_TRANSFER_FUNCTION_GAMMA ||
+      encoding.transfer_function == JXL_TRANSFER_FUNCTION_UNKNOWN) {
+    return std::nullopt;
+  }
+  const auto transfer = static_cast<std::uint16_t>(encoding.transfer_function);
+  if (encoding.color_space == JXL_COLOR_SPACE_GRAY) return CodePoints{1, transfer};
+  if (encoding.color_space != JXL_COLOR_SPACE_RGB) return std::nullopt;
+  if (encoding.primaries == JXL_PRIMARIES_P3) {  // H.273 numbers it with its white
+    if (encoding.white_point == JXL_WHITE_POINT_DCI) return CodePoints{11, transfer};
+    if (encoding.white_point == JXL_WHITE_POINT_D65) return CodePoints{12, transfer};
+    return std::nullopt;
+  }
+  if (encoding.white_point != JXL_WHITE_POINT_D65 || encoding.primaries == JXL_PRIMARIES_CUSTOM) {
+    return std::nullopt;
+  }
+  return CodePoints{static_cast<std::uint16_t>(encoding.primaries), transfer};
+}
+
+/// The space of the pixels that the decoder gives.
+ColorSpacePtr decodedSpace(const JxlDecoder* decoder, ColorSpace::Model model) {
+  const auto named = encoding(decoder, JXL_COLOR_PROFILE_TARGET_DATA);
+  if (const auto points = named ? codePoints(*named) : std::nullopt) {
+    return ColorSpace::fromCodePoints(*points, model);
+  }
+  return ColorSpace::fromICC(profile(decoder, JXL_COLOR_PROFILE_TARGET_DATA), model);
+}
+
+/// Asks for sRGB's curve, on these primaries. Refused, it changes nothing.
+void prefer(JxlDecoder* decoder, ColorSpace::Model model, JxlPrimaries primaries) {
+  JxlColorEncoding preference{};
+  preference.color_space =
+      model == ColorSpace::Model::gray ? JXL_COLOR_SPACE_GRAY : JXL_COLOR_SPACE_RGB;
+  preference.white_point = JXL_WHITE_POINT_D65;
+  preference.primaries = primaries;
+  preference.transfer_function = JXL_TRANSFER_FUNCTION_SRGB;
+  preference.rendering_intent = JXL_RENDERING_INTENT_RELATIVE;
+  JxlDecoderSetPreferredColorProfile(decoder, &preference);
+}
+
+/// The same colours with sRGB's curve where `space` is linear, which 8 bits are too few for.
+ColorSpacePtr withoutLinearLight(const ColorSpacePtr& space) {
+  const auto points = space->codePoints();
+  if (!points || points->transfer != JXL_TRANSFER_FUNCTION_LINEAR) return space;
+  return ColorSpace::fromCodePoints({points->primaries, sRGBCodePoints.transfer},
+                                    ColorSpace::Model::rgb);
+}
+
+}  // namespace
+
+JXLColors JXLColors::choose(JxlDecoder* decoder, const JxlBasicInfo& info) {
+  const auto model =
+      info.num_color_channels == 1 ? ColorSpace::Model::gray : ColorSpace::Model::rgb;
+  if (info.uses_original_profile) {
+    const ColorSpacePtr own = decodedSpace(decoder, model);
+    return {own, own};
+  }
+  // A picture in libjxl's own XYB can be had in any enumerated encoding, and only in such.
+  if (const auto original = encoding(decoder, JXL_COLOR_PROFILE_TARGET_ORIGINAL)) {
+    const ColorSpacePtr own = decodedSpace(decoder, model);
+    const bool isLinear = original->transfer_function == JXL_TRANSFER_FUNCTION_LINEAR;
+    return {own, isLinear ? withoutLinearLight(own) : own};
+  }
+  const ColorSpacePtr embedded =
+      ColorSpace::fromICC(profile(decoder, JXL_COLOR_PROFILE_TARGET_ORIGINAL), model);
+  const bool isWide = embedded->supportsOutput() && !embedded->isSRGB();
+  prefer(decoder, model, isWide ? JXL_PRIMARIES_2100 : JXL_PRIMARIES_SRGB);
+  const ColorSpacePtr decoded = decodedSpace(decoder, model);
+  return {decoded, embedded->supportsOutput() ? withoutLinearLight(embedded) : decoded};
+}
+
+}  // namespace orvane

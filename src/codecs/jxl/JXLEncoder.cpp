@@ -1,0 +1,193 @@
+#include "codecs/jxl/JXLEncoder.h"
+
+#include <jxl/encode.h>
+#include <jxl/encode_cxx.h>
+
+#include <algorithm>
+#include <exception>
+#include <limits>
+#include <new>
+#include <span>
+
+#include "codecs/ImageSource.h"
+#include "codecs/jpeg/JPEGLibrary.h"
+#include "picture/ColorProfile.h"
+#include "picture/ImageProcessingError.h"
+
+namespace orvane::JXLEncoder {
+namespace {
+
+constexpr std::size_t scratchBytes = std::size_t{1} << 20;
+
+/// libjxl's effort for the fast tier; each next tier is one more.
+constexpr int lowestEffort = 5;
+
+void require(bool succeeded) {
+  if (!succeeded) throw ImageProcessingError::encodingFailed(ImageFormat::jxl);
+}
+
+void require(JxlEncoderStatus status) { require(status == JXL_ENC_SUCCESS); }
+
+std::uint32_t side(std::size_t length) {
+  require(length <= std::numeric_limits<std::uint32_t>::max());
+  return static_cast<std::uint32_t>(length);
+}
+
+void setBasicInfo(JxlEncoder* encoder, const RGBABuffer& rgba, bool hasAlpha, bool isLossless) {
+  JxlBasicInfo info;
+  JxlEncoderInitBasicInfo(&info);
+  info.xsize = side(rgba.width);
+  info.ysize = side(rgba.height);
+  info.bits_per_sample = 8;
+  info.num_color_channels = 3;
+  info.num_extra_channels = hasAlpha ? 1 : 0;
+  info.alpha_bits = hasAlpha ? 8 : 0;
+  info.uses_original_profile = isLossless ? JXL_TRUE : JXL_FALSE;
+  require(JxlEncoderSetBasicInfo(encoder, &info));
+}
+
+void setColors(JxlEncoder* encoder, const ColorSpace& colorSpace) {
+  if (const auto profile = ColorProfile::embeddableICC(colorSpace)) {
+    require(JxlEncoderSetICCProfile(encoder, profile->data(), profile->size()));
+    return;
+  }
+  JxlColorEncoding encoding{};
+  JxlColorEncodingSetToSRGB(&encoding, JXL_FALSE);
+  require(JxlEncoderSetColorEncoding(encoder, &encoding));
+}
+
+void setQuality(JxlEncoderFrameSettings* settings, const EncodingPlan::Mode& mode) {
+  double frameDistance = 0;
+  if (const auto* lossy = std::get_if<EncodingPlan::Lossy>(&mode)) {
+    frameDistance = distance(lossy->quality);
+  } else {
+    require(std::holds_alternative<EncodingPlan::Lossless>(mode));
+    require(JxlEncoderSetFrameLossless(settings, JXL_TRUE));
+  }
+  require(JxlEncoderSetFrameDistance(settings, static_cast<float>(frameDistance)));
+}
+
+/// With an effort that libjxl does not know, its default serves.
+void setEffort(JxlEncoderFrameSettings* settings, int effort) {
+  JxlEncoderFrameSettingsSetOption(settings, JXL_ENC_FRAME_SETTING_EFFORT, effort);
+}
+
+/// R, G, B, A to R, G, B.
+Bytes stripAlpha(ByteView rgba) {
+  Bytes rgb(rgba.size() / 4 * 3);
+  auto out = rgb.begin();
+  for (std::size_t at = 0; at < rgba.size(); at += 4) {
+    out = std::copy_n(rgba.begin() + static_cast<std::ptrdiff_t>(at), 3, out);
+  }
+  return rgb;
+}
+
+/// What libjxl takes: 44 were measured for pixels, 38 for a JPEG of noise.
+constexpr std::size_t bytesPerPixel = 48;
+
+/// libjxl 0.7 ends the process where it gets no memory: see first that there is as much as it
+/// takes.
+void requireMemory(std::size_t width, std::size_t height) {
+  static_cast<void>(makePixelMemory(width * height * bytesPerPixel));
+}
+
+/// libjxl copies what it is given.
+void addFrame(JxlEncoderFrameSettings* settings, ByteView samples, std::uint32_t channels) {
+  const JxlPixelFormat format{channels, JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN, 0};
+  require(JxlEncoderAddImageFrame(settings, &format, samples.data(), samples.size()));
+}
+
+/// All the output of an encoder whose input is closed.
+Bytes drainOutput(JxlEncoder* encoder) {
+  Bytes scratch(scratchBytes);
+  Bytes result;
+  JxlEncoderStatus status = JXL_ENC_NEED_MORE_OUTPUT;
+  while (status == JXL_ENC_NEED_MORE_OUTPUT) {
+    std::uint8_t* next = scratch.data();
+    std::size_t available = scratch.size();
+    status = JxlEncoderProcessOutput(encoder, &next, &available);
+    require(status != JXL_ENC_NEED_MORE_OUTPUT || next != scratch.data());
+    result.insert(result.end(), scratch.data(), next);
+  }
+  require(status);
+  return result;
+}
+
+bool isSubsampled(const jpeg_decompress_struct& header) {
+  const std::span components(header.comp_info, static_cast<std::size_t>(header.num_components));
+  return std::ranges::any_of(components, [&](const jpeg_component_info& component) {
+    return component.h_samp_factor != header.max_h_samp_factor ||
+           component.v_samp_factor != header.max_v_samp_factor;
+  });
+}
+
+/// Throws unless libjxl can take this JPEG, judged by its header.
+void requireTranscodable(ByteView jpeg) {
+  JPEGErrors errors;
+  JPEGDecompressor header;
+  header.err = &errors;
+  errors.run<UnreadableImage>([&] {
+    jpeg_create_decompress(&header);
+    jpeg_mem_src(&header, jpeg.data(), static_cast<unsigned long>(jpeg.size()));
+    jpeg_read_header(&header, TRUE);
+  });
+  // JPEG XL can subsample only YCbCr. Of others libjxl 0.7 writes what nobody can read.
+  require(header.jpeg_color_space != JCS_RGB || !isSubsampled(header));
+  requireMemory(header.image_width, header.image_height);
+}
+
+Bytes transcoded(ByteView jpeg, int effort) {
+  requireTranscodable(jpeg);
+  const JxlEncoderPtr encoder = JxlEncoderMake(nullptr);
+  require(encoder != nullptr);
+  require(JxlEncoderUseContainer(encoder.get(), JXL_TRUE));
+  require(JxlEncoderStoreJPEGMetadata(encoder.get(), JXL_TRUE));
+  JxlEncoderFrameSettings* settings = JxlEncoderFrameSettingsCreate(encoder.get(), nullptr);
+  require(settings != nullptr);
+  setEffort(settings, effort);
+  require(JxlEncoderAddJPEGFrame(settings, jpeg.data(), jpeg.size()));
+  JxlEncoderCloseInput(encoder.get());
+  return drainOutput(encoder.get());
+}
+
+}  // namespace
+
+double distance(double quality) {
+  if (quality < 0) return 25;
+  // The pieces meet at 30, at 6.4.
+  if (quality < 30) return 53.0 / 3000 * quality * quality - 1.15 * quality + 25;
+  if (quality < 99) return 0.09 * (100 - quality) + 0.1;
+  return 0.19;
+}
+
+Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan) try {
+  requireMemory(rgba.width, rgba.height);
+  const JxlEncoderPtr encoder = JxlEncoderMake(nullptr);
+  require(encoder != nullptr);
+  JxlEncoderFrameSettings* settings = JxlEncoderFrameSettingsCreate(encoder.get(), nullptr);
+  require(settings != nullptr);
+  setBasicInfo(encoder.get(), rgba, hasAlpha,
+               std::holds_alternative<EncodingPlan::Lossless>(plan.mode));
+  setColors(encoder.get(), *rgba.colorSpace);
+  setQuality(settings, plan.mode);
+  setEffort(settings, lowestEffort + ordinal(plan.effort));
+  if (hasAlpha) {
+    addFrame(settings, rgba.pixels, 4);
+  } else {
+    addFrame(settings, stripAlpha(rgba.pixels), 3);
+  }
+  JxlEncoderCloseInput(encoder.get());
+  return drainOutput(encoder.get());
+} catch (const std::bad_alloc&) {
+  throw ImageProcessingError::encodingFailed(ImageFormat::jxl);
+}
+
+std::optional<Bytes> transcodeJPEG(ByteView jpeg, int effort) {
+  try {
+    return transcoded(jpeg, effort);
+  } catch (const std::exception&) {
+    return std::nullopt;  // the caller encodes pixels instead
+  }
+}
+
+}  // namespace orvane::JXLEncoder

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+
+#include "picture/EncodingPlan.h"
+#include "picture/RGBABuffer.h"
+
+namespace orvane::JXLEncoder {
+
+/// libjxl's distance (0 is lossless, 1 is visually lossless, 25 is the worst) for a codec quality
+/// of 0…100. Quality is capped at 99: lossy coding never comes closer than 0.19.
+double distance(double quality);
+
+/// A bare JPEG XL codestream (ISO/IEC 18181-1) of the pixels; `hasAlpha` keeps the alpha channel.
+/// Throws ImageProcessingError::encodingFailed.
+Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan);
+
+/// The same JPEG in a JPEG XL container (ISO/IEC 18181-2), with what is needed to rebuild the file
+/// bit for bit; nothing when libjxl cannot. `effort` is libjxl's.
+std::optional<Bytes> transcodeJPEG(ByteView jpeg, int effort);
+
+}  // namespace orvane::JXLEncoder

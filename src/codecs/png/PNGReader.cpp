@@ -1,0 +1,166 @@
+#include <png.h>
+
+#include <array>
+#include <bit>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+
+#include "codecs/Exif.h"
+#include "codecs/ImageLimits.h"
+#include "codecs/ImageReader.h"
+#include "codecs/png/PNGChunks.h"
+#include "codecs/png/PNGColorSpace.h"
+
+namespace orvane {
+namespace {
+
+struct ReadStructDeleter {
+  void operator()(png_structp png) const { png_destroy_read_struct(&png, nullptr, nullptr); }
+};
+using ReadStruct = std::unique_ptr<png_struct, ReadStructDeleter>;
+
+struct InfoStructDeleter {
+  png_structp png;
+  void operator()(png_infop info) const { png_destroy_info_struct(png, &info); }
+};
+using InfoStruct = std::unique_ptr<png_info, InfoStructDeleter>;
+
+/// One picture's way through libpng, which is left to read the pixels and what they depend on:
+/// IHDR, PLTE, tRNS, IDAT and IEND.
+class PNGDecoder {
+ public:
+  explicit PNGDecoder(ByteView file)
+      : rest_(file),
+        png_(png_create_read_struct(PNG_LIBPNG_VER_STRING, this, fail, ignoreWarning)),
+        info_(png_create_info_struct(png_.get()), {png_.get()}) {
+    if (!info_) throw std::bad_alloc();
+  }
+  PNGDecoder(const PNGDecoder&) = delete;
+  PNGDecoder& operator=(const PNGDecoder&) = delete;
+
+  /// Size, depth and layout of the picture; neither pixels nor colour space yet.
+  Image readHeader();
+
+  /// Writes the rows of the header's picture, packed.
+  void readPixels(const Image& image, std::uint8_t* pixels);
+
+ private:
+  /// Makes calls to libpng, which leaves them by a jump at its first error: they must neither own
+  /// anything nor change what is used afterwards.
+  template <typename Calls>
+  void run(const Calls& calls) {
+    if (setjmp(png_jmpbuf(png_.get())) != 0) throw UnreadableImage(message_.data());
+    calls(png_.get(), info_.get());
+  }
+
+  [[noreturn]] static void fail(png_structp png, png_const_charp message) {
+    auto& into = static_cast<PNGDecoder*>(png_get_error_ptr(png))->message_;
+    std::snprintf(into.data(), into.size(), "%s", message);
+    png_longjmp(png, 1);
+  }
+  static void ignoreWarning(png_structp, png_const_charp) {}
+
+  static void supply(png_structp png, png_bytep into, std::size_t count) {
+    ByteView& rest = static_cast<PNGDecoder*>(png_get_io_ptr(png))->rest_;
+    if (count > rest.size()) png_error(png, "the file ends too early");
+    std::memcpy(into, rest.data(), count);
+    rest = rest.subspan(count);
+  }
+
+  ByteView rest_;  ///< what libpng has not taken yet
+  std::array<char, 128> message_{};
+  ReadStruct png_;
+  InfoStruct info_;
+};
+
+Image PNGDecoder::readHeader() {
+  run([this](png_structp png, png_infop info) {
+    png_set_read_fn(png, this, supply);
+    constexpr int allButThoseForPixels = -1;
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, allButThoseForPixels);
+    png_set_user_limits(png, ImageLimits::maximumSide, ImageLimits::maximumSide);
+    // Some writers declare a smaller deflate window than they use.
+    png_set_option(png, PNG_MAXIMUM_INFLATE_WINDOW, PNG_OPTION_ON);
+    png_read_info(png, info);
+  });
+  const int colorType = png_get_color_type(png_.get(), info_.get());
+  const bool isGray = (colorType & PNG_COLOR_MASK_COLOR) == 0;
+  // Not by png_get_valid: a tRNS chunk that libpng has cancelled stays valid there.
+  int transparentCount = 0;
+  png_get_tRNS(png_.get(), info_.get(), nullptr, &transparentCount, nullptr);
+  const bool hasAlpha = (colorType & PNG_COLOR_MASK_ALPHA) != 0 || transparentCount > 0;
+  const bool isDeep = png_get_bit_depth(png_.get(), info_.get()) == 16;
+  // Opaque 8-bit colours get a filler, so that the picture need not be copied to be rendered.
+  const ChannelLayout color = hasAlpha || !isDeep ? ChannelLayout::rgba : ChannelLayout::rgb;
+  const ChannelLayout gray = hasAlpha ? ChannelLayout::grayAlpha : ChannelLayout::gray;
+  return {.width = png_get_image_width(png_.get(), info_.get()),
+          .height = png_get_image_height(png_.get(), info_.get()),
+          .bitsPerComponent = isDeep ? 16 : 8,
+          .layout = isGray ? gray : color,
+          .alpha = hasAlpha ? AlphaKind::straight : AlphaKind::none};
+}
+
+void PNGDecoder::readPixels(const Image& image, std::uint8_t* pixels) {
+  run([&image, pixels](png_structp png, png_infop info) {
+    png_set_expand(png);  // palettes to colours, less than 8 bits to 8, tRNS to alpha
+    if (image.bitsPerComponent == 16 && std::endian::native == std::endian::little) {
+      png_set_swap(png);
+    }
+    if (image.layout == ChannelLayout::rgba && image.alpha == AlphaKind::none) {
+      png_set_filler(png, 0xFF, PNG_FILLER_AFTER);
+    }
+    const int passes = png_set_interlace_handling(png);
+    png_read_update_info(png, info);
+    if (png_get_rowbytes(png, info) != image.bytesPerRow) png_error(png, "unforeseen row size");
+    for (int pass = 0; pass < passes; ++pass) {
+      for (std::size_t y = 0; y < image.height; ++y) {
+        png_read_row(png, pixels + y * image.bytesPerRow, nullptr);
+      }
+    }
+    png_read_end(png, nullptr);
+  });
+}
+
+class PNGSource final : public ImageSource {
+ public:
+  explicit PNGSource(ByteView file) : file_(file), chunks_(PNGChunks::read(file)) {}
+
+  std::string_view typeIdentifier() const override { return "public.png"; }
+
+  /// PNG clause 11.3.6.1: acTL holds the number of frames, 1 to 2³¹ − 1, and of plays.
+  std::size_t frameCount() const override {
+    const auto& control = chunks_.animationControl;
+    const std::uint32_t count = control && control->size() == 8 ? readPNGInteger(*control) : 1;
+    return count >= 1 && count <= std::numeric_limits<std::int32_t>::max() ? count : 1;
+  }
+
+  int orientation() const override {
+    const auto& exif = chunks_.exchangeableImageMetadata;
+    return exif ? Exif::orientation(*exif) : 1;
+  }
+
+  Image image() override {
+    PNGDecoder decoder(file_);
+    Image image = decoder.readHeader();
+    ImageLimits::check(image.width, image.height, image.bytesPerPixel());
+    const bool isGray =
+        image.layout == ChannelLayout::gray || image.layout == ChannelLayout::grayAlpha;
+    image.colorSpace =
+        pngColorSpace(chunks_, isGray ? ColorSpace::Model::gray : ColorSpace::Model::rgb);
+    decoder.readPixels(image, allocatePackedRows(image));
+    return image;
+  }
+
+ private:
+  ByteView file_;
+  PNGChunks chunks_;
+};
+
+}  // namespace
+
+const ImageReader pngReader{hasPNGSignature, [](ByteView file) -> std::unique_ptr<ImageSource> {
+                              return std::make_unique<PNGSource>(file);
+                            }};
+
+}  // namespace orvane

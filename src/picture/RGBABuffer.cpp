@@ -1,0 +1,118 @@
+#include "picture/RGBABuffer.h"
+
+#include <algorithm>
+#include <array>
+#include <new>
+#include <vector>
+
+#include "picture/ImageProcessingError.h"
+#include "platform/graphics/RowRenderer.h"
+
+namespace orvane {
+namespace {
+
+/// Above this many pixels a picture is not worth a 16-bit rendering.
+constexpr std::size_t maximumDitheredPixels = 40'000'000;
+
+/// The classic 8×8 Bayer index matrix times 4: thresholds 0…252 for one step of 8 bits in 16.
+constexpr std::array<std::int32_t, 64> makeBayer8() {
+  std::array<std::int32_t, 64> matrix{0,  32, 8,  40, 2,  34, 10, 42,  //
+                                      48, 16, 56, 24, 50, 18, 58, 26,  //
+                                      12, 44, 4,  36, 14, 46, 6,  38,  //
+                                      60, 28, 52, 20, 62, 30, 54, 22,  //
+                                      3,  35, 11, 43, 1,  33, 9,  41,  //
+                                      51, 19, 59, 27, 49, 17, 57, 25,  //
+                                      15, 47, 7,  39, 13, 45, 5,  37,  //
+                                      63, 31, 55, 23, 61, 29, 53, 21};
+  for (std::int32_t& entry : matrix) entry *= 4;
+  return matrix;
+}
+constexpr std::array<std::int32_t, 64> bayer8 = makeBayer8();
+
+/// 255 / alpha, for every alpha but 0.
+constexpr std::array<double, 256> makeStraightFactors() {
+  std::array<double, 256> factors{};
+  for (int alpha = 1; alpha < 256; ++alpha)
+    factors[static_cast<std::size_t>(alpha)] = 255.0 / alpha;
+  return factors;
+}
+constexpr std::array<double, 256> straightFactors = makeStraightFactors();
+
+/// Premultiplied to straight, in place. Whether any pixel is not opaque.
+bool unpremultiply(std::span<std::uint8_t> pixels) {
+  bool hasAlpha = false;
+  for (std::size_t at = 0; at < pixels.size(); at += 4) {
+    const std::uint8_t alpha = pixels[at + 3];
+    if (alpha == 255) continue;
+    hasAlpha = true;
+    const double factor = straightFactors[alpha];
+    for (std::size_t c = 0; c < 3; ++c) {
+      // Not negative, so that adding a half and cutting off rounds halves away from zero.
+      const auto straight = static_cast<int>(factor * pixels[at + c] + 0.5);
+      pixels[at + c] = static_cast<std::uint8_t>(std::min(straight, 255));
+    }
+  }
+  return hasAlpha;
+}
+
+/// One row of 16-bit values to 8 bits, by the thresholds of row `y` of the matrix.
+void dither(std::span<const std::uint16_t> row, std::size_t y, std::uint8_t* out) {
+  const std::int32_t* thresholds = &bayer8[y % 8 * 8];
+  for (std::size_t at = 0; at < row.size(); ++at) {
+    const std::int32_t value = row[at] + thresholds[at / 4 % 8];
+    out[at] = static_cast<std::uint8_t>(std::min(value, 65535) >> 8);
+  }
+}
+
+/// Renders row by row at 16 bits and dithers each. Whether any pixel is not opaque.
+bool renderDithered(const Image& image, const ColorSpacePtr& space, std::uint8_t* pixels) {
+  RowRenderer renderer(image, space, 16, RowRenderer::AlphaForm::premultiplied);
+  std::vector<std::uint16_t> deepRow(image.width * 4);
+  bool hasAlpha = false;
+  for (std::size_t y = 0; y < image.height; ++y, pixels += image.width * 4) {
+    renderer.render(y, deepRow.data());
+    dither(deepRow, y, pixels);
+    hasAlpha |= unpremultiply({pixels, image.width * 4});
+  }
+  return hasAlpha;
+}
+
+bool renderPlain(const Image& image, const ColorSpacePtr& space, std::uint8_t* pixels) {
+  RowRenderer renderer(image, space, 8, RowRenderer::AlphaForm::premultiplied);
+  bool hasAlpha = false;
+  for (std::size_t y = 0; y < image.height; ++y, pixels += image.width * 4) {
+    renderer.render(y, pixels);
+    hasAlpha |= unpremultiply({pixels, image.width * 4});
+  }
+  return hasAlpha;
+}
+
+}  // namespace
+
+RGBABuffer::RGBABuffer(const Image& image) try
+    : width(image.width), height(image.height), colorSpace(renderingSpace(image.colorSpace)) {
+  const std::size_t size = width * 4 * height;
+  if (isOpaqueRendering(image)) {
+    storage = image.pixels;
+  } else {
+    const MutablePixelMemory rendered = makePixelMemory(size);
+    const bool dithers = image.bitsPerComponent > 8 && width * height <= maximumDitheredPixels;
+    hasAlpha = (dithers ? renderDithered : renderPlain)(image, colorSpace, rendered.get());
+    storage = rendered;
+  }
+  pixels = {storage.get(), size};
+} catch (const std::bad_alloc&) {
+  throw ImageProcessingError::contextCreationFailed();
+}
+
+RGBABuffer::RGBABuffer(std::size_t bufferWidth, std::size_t bufferHeight,
+                       PixelMemory straightPixels, ColorSpacePtr space)
+    : width(bufferWidth),
+      height(bufferHeight),
+      storage(std::move(straightPixels)),
+      pixels(storage.get(), bufferWidth * 4 * bufferHeight),
+      colorSpace(std::move(space)) {
+  for (std::size_t alpha = 3; alpha < pixels.size(); alpha += 4) hasAlpha |= pixels[alpha] != 255;
+}
+
+}  // namespace orvane
