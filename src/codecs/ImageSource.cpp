@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "codecs/ImageLimits.h"
 #include "codecs/ImageReader.h"
 
 namespace orvane {
@@ -18,6 +19,12 @@ std::unique_ptr<ImageSource> ImageSource::create(ByteView file) {
       readers, [&](const ImageReader* candidate) { return candidate->recognises(file); });
   if (reader == readers.end()) throw UnreadableImage("no known signature");
   return (*reader)->open(file);
+}
+
+void ImageSource::setSize(std::uint64_t width, std::uint64_t height, std::size_t bytesPerPixel) {
+  ImageLimits::check(width, height, bytesPerPixel);
+  width_ = width;
+  height_ = height;
 }
 
 }  // namespace orvane

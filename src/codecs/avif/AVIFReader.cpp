@@ -140,16 +140,13 @@ class AVIFSource : public ImageSource {
  public:
   explicit AVIFSource(ByteView file);
 
-  std::string_view typeIdentifier() const override { return "public.avif"; }
-  std::size_t frameCount() const override { return static_cast<std::size_t>(decoder_->imageCount); }
-  int orientation() const override { return exifOrientation(*decoder_->image); }
   Image image() override;
 
  private:
   AVIFLibrary::Decoder decoder_ = AVIFLibrary::makeDecoder();
 };
 
-AVIFSource::AVIFSource(ByteView file) {
+AVIFSource::AVIFSource(ByteView file) : ImageSource(ImageFormat::avif) {
   decoder_->codecChoice = AVIF_CODEC_CHOICE_DAV1D;
   decoder_->maxThreads = 1;
   // Pictures without pixi, with an alpha item without ispe or with an odd crop are common and
@@ -161,7 +158,9 @@ AVIFSource::AVIFSource(ByteView file) {
   require(avifDecoderSetIOMemory(decoder_.get(), file.data(), file.size()));
   require(avifDecoderParse(decoder_.get()));
   const avifImage& header = *decoder_->image;
-  ImageLimits::check(header.width, header.height, header.depth > 8 ? 8 : 4);
+  setSize(header.width, header.height, header.depth > 8 ? 8 : 4);
+  setFrameCount(static_cast<std::size_t>(decoder_->imageCount));
+  setOrientation(exifOrientation(header));
 }
 
 Image AVIFSource::image() {
@@ -180,8 +179,6 @@ Image AVIFSource::image() {
 
 }  // namespace
 
-const ImageReader avifReader{recognises, [](ByteView file) -> std::unique_ptr<ImageSource> {
-                               return std::make_unique<AVIFSource>(file);
-                             }};
+const ImageReader avifReader{recognises, openAs<AVIFSource>};
 
 }  // namespace orvane

@@ -144,23 +144,18 @@ bool isDeep(const heif_image* image, heif_channel channel) {
 
 class HEICSource final : public ImageSource {
  public:
-  explicit HEICSource(ByteView file) : context_(HEIFLibrary::makeContext()) {
+  explicit HEICSource(ByteView file)
+      : ImageSource(ImageFormat::heic), context_(HEIFLibrary::makeContext()) {
     HEIFLibrary::check(heif_context_read_from_memory_without_copy(context_.get(), file.data(),
                                                                   file.size(), nullptr));
     heif_image_handle* primary = nullptr;
     HEIFLibrary::check(heif_context_get_primary_image_handle(context_.get(), &primary));
     handle_.reset(primary);
-    width_ = side(heif_image_handle_get_width(primary));
-    height_ = side(heif_image_handle_get_height(primary));
     const bool deep = heif_image_handle_get_luma_bits_per_pixel(primary) > 8;
-    ImageLimits::check(width_, height_, deep ? 8 : 4);
-  }
-
-  std::string_view typeIdentifier() const override { return "public.heic"; }
-
-  std::size_t frameCount() const override {
-    return static_cast<std::size_t>(
-        std::max(1, heif_context_get_number_of_top_level_images(context_.get())));
+    setSize(side(heif_image_handle_get_width(primary)), side(heif_image_handle_get_height(primary)),
+            deep ? 8 : 4);
+    setFrameCount(static_cast<std::size_t>(
+        std::max(1, heif_context_get_number_of_top_level_images(context_.get()))));
   }
 
   Image image() override;
@@ -177,8 +172,6 @@ class HEICSource final : public ImageSource {
 
   HEIFContext context_;
   HEIFImageHandle handle_;
-  std::size_t width_ = 0;
-  std::size_t height_ = 0;
 };
 
 Image HEICSource::image() try {
@@ -186,13 +179,13 @@ Image HEICSource::image() try {
   if (heif_image_get_decoding_warnings(decoded.get(), 0, nullptr, 0) > 0) {
     throw UnreadableImage("decoded with warnings");
   }
-  if (!planesAgree(decoded.get(), width_, height_)) {
+  if (!planesAgree(decoded.get(), width(), height())) {
     throw UnreadableImage("not of the size that its header says");
   }
 
   Image image;
-  image.width = width_;
-  image.height = height_;
+  image.width = width();
+  image.height = height();
   const bool deep =
       isDeep(decoded.get(), heif_channel_G) || isDeep(decoded.get(), heif_channel_Alpha);
   image.bitsPerComponent = deep ? 16 : 8;

@@ -44,8 +44,6 @@ class JPEGSource final : public ImageSource {
  public:
   explicit JPEGSource(ByteView file);
 
-  std::string_view typeIdentifier() const override { return "public.jpeg"; }
-  int orientation() const override { return orientation_; }
   Image image() override;
 
  private:
@@ -70,10 +68,9 @@ class JPEGSource final : public ImageSource {
   jpeg_progress_mgr progress_{};
   JPEGDecompressor info_;
   bool endIsMissing_ = false;  ///< the file ended before its EOI marker
-  int orientation_ = 1;
 };
 
-JPEGSource::JPEGSource(ByteView file) : file_(file) {
+JPEGSource::JPEGSource(ByteView file) : ImageSource(ImageFormat::jpeg), file_(file) {
   errors_.emit_message = judgeMessage;
   progress_.progress_monitor = countScans;
   info_.err = &errors_;
@@ -85,7 +82,7 @@ JPEGSource::JPEGSource(ByteView file) : file_(file) {
   });
   info_.progress = &progress_;
   readHeader();
-  orientation_ = orientationInHeader();
+  setOrientation(orientationInHeader());
 }
 
 /// From the beginning of the file, whatever has been read of it before.
@@ -99,8 +96,8 @@ void JPEGSource::readHeader() {
   if (info_.data_precision != 8) throw UnreadableImage("not 8 bits per sample");
   const Output output = outputOf(info_.jpeg_color_space);
   info_.out_color_space = output.colors;
-  ImageLimits::check(info_.image_width, info_.image_height,
-                     channelCount(output.layout) + coefficientBytesPerPixel());
+  setSize(info_.image_width, info_.image_height,
+          channelCount(output.layout) + coefficientBytesPerPixel());
 }
 
 int JPEGSource::orientationInHeader() const {
@@ -226,8 +223,6 @@ const ImageReader jpegReader{[](ByteView file) {
                                return file.size() >= 3 && file[0] == 0xFF && file[1] == 0xD8 &&
                                       file[2] == 0xFF;
                              },
-                             [](ByteView file) -> std::unique_ptr<ImageSource> {
-                               return std::make_unique<JPEGSource>(file);
-                             }};
+                             openAs<JPEGSource>};
 
 }  // namespace orvane

@@ -68,7 +68,7 @@ void decodePixels(JxlDecoder* decoder, Image& image) {
 /// JPEG XL (ISO/IEC 18181-1), bare or in its container (18181-2). libjxl turns the picture upright.
 class JXLSource final : public ImageSource {
  public:
-  explicit JXLSource(ByteView file) : file_(file) {
+  explicit JXLSource(ByteView file) : ImageSource(ImageFormat::jxl), file_(file) {
     const JxlDecoderPtr decoder = makeDecoder(file, JXL_DEC_BASIC_INFO | JXL_DEC_FRAME);
     advance(decoder.get(), JXL_DEC_BASIC_INFO);
     if (JxlDecoderGetBasicInfo(decoder.get(), &info_) != JXL_DEC_SUCCESS) {
@@ -78,14 +78,9 @@ class JXLSource final : public ImageSource {
       if (isBlack(decoder.get(), channel)) throw UnreadableImage("CMYK is not supported");
     }
     const std::size_t channels = channelCount(layoutOf(info_));
-    ImageLimits::check(info_.xsize, info_.ysize,
-                       channels * static_cast<std::size_t>(depthOf(info_) / 8));
-    if (info_.have_animation) frameCount_ = countFrames(decoder.get());
+    setSize(info_.xsize, info_.ysize, channels * static_cast<std::size_t>(depthOf(info_) / 8));
+    if (info_.have_animation) setFrameCount(countFrames(decoder.get()));
   }
-
-  std::string_view typeIdentifier() const override { return "public.jpeg-xl"; }
-
-  std::size_t frameCount() const override { return frameCount_; }
 
   Image image() override {
     const JxlDecoderPtr decoder = makeDecoder(file_, JXL_DEC_COLOR_ENCODING | JXL_DEC_FULL_IMAGE);
@@ -116,7 +111,6 @@ class JXLSource final : public ImageSource {
 
   ByteView file_;
   JxlBasicInfo info_{};
-  std::size_t frameCount_ = 1;
 };
 
 }  // namespace
@@ -126,8 +120,6 @@ const ImageReader jxlReader{
       const JxlSignature signature = JxlSignatureCheck(file.data(), file.size());
       return signature == JXL_SIG_CODESTREAM || signature == JXL_SIG_CONTAINER;
     },
-    [](ByteView file) -> std::unique_ptr<ImageSource> {
-      return std::make_unique<JXLSource>(file);
-    }};
+    openAs<JXLSource>};
 
 }  // namespace orvane

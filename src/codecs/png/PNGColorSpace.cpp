@@ -6,7 +6,6 @@
 #include <cstdlib>
 
 #include "codecs/ImageLimits.h"
-#include "codecs/ImageSource.h"
 #include "platform/foundation/Handle.h"
 
 namespace orvane {
@@ -30,9 +29,7 @@ std::optional<Bytes> inflateProfile(ByteView stream) {
     zlib.avail_out = step;
     status = inflate(&zlib, Z_NO_FLUSH);
     if (status != Z_OK && status != Z_STREAM_END) return std::nullopt;
-    if (zlib.total_out > ImageLimits::maximumICCBytes) {
-      throw UnreadableImage("the colour profile is too large");
-    }
+    ImageLimits::checkICC(zlib.total_out);
   } while (status != Z_STREAM_END);
   profile.resize(profile.size() - zlib.avail_out);
   return profile;

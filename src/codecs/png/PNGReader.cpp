@@ -122,28 +122,27 @@ void PNGDecoder::readPixels(const Image& image, std::uint8_t* pixels) {
   });
 }
 
+/// PNG clause 11.3.6.1: acTL holds the number of frames, 1 to 2³¹ − 1, and of plays.
+std::size_t frameCountIn(const std::optional<ByteView>& acTL) {
+  const std::uint32_t count = acTL && acTL->size() == 8 ? readPNGInteger(*acTL) : 1;
+  return count >= 1 && count <= std::numeric_limits<std::int32_t>::max() ? count : 1;
+}
+
 class PNGSource final : public ImageSource {
  public:
-  explicit PNGSource(ByteView file) : file_(file), chunks_(PNGChunks::read(file)) {}
-
-  std::string_view typeIdentifier() const override { return "public.png"; }
-
-  /// PNG clause 11.3.6.1: acTL holds the number of frames, 1 to 2³¹ − 1, and of plays.
-  std::size_t frameCount() const override {
-    const auto& control = chunks_.animationControl;
-    const std::uint32_t count = control && control->size() == 8 ? readPNGInteger(*control) : 1;
-    return count >= 1 && count <= std::numeric_limits<std::int32_t>::max() ? count : 1;
-  }
-
-  int orientation() const override {
-    const auto& exif = chunks_.exchangeableImageMetadata;
-    return exif ? Exif::orientation(*exif) : 1;
+  explicit PNGSource(ByteView file)
+      : ImageSource(ImageFormat::png), file_(file), chunks_(PNGChunks::read(file)) {
+    const Image form = PNGDecoder(file).readHeader();
+    setSize(form.width, form.height, form.bytesPerPixel());
+    setFrameCount(frameCountIn(chunks_.animationControl));
+    if (const auto& exif = chunks_.exchangeableImageMetadata) {
+      setOrientation(Exif::orientation(*exif));
+    }
   }
 
   Image image() override {
     PNGDecoder decoder(file_);
     Image image = decoder.readHeader();
-    ImageLimits::check(image.width, image.height, image.bytesPerPixel());
     const bool isGray =
         image.layout == ChannelLayout::gray || image.layout == ChannelLayout::grayAlpha;
     image.colorSpace =
@@ -159,8 +158,6 @@ class PNGSource final : public ImageSource {
 
 }  // namespace
 
-const ImageReader pngReader{hasPNGSignature, [](ByteView file) -> std::unique_ptr<ImageSource> {
-                              return std::make_unique<PNGSource>(file);
-                            }};
+const ImageReader pngReader{hasPNGSignature, openAs<PNGSource>};
 
 }  // namespace orvane

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "codecs/Exif.h"
 #include "codecs/ImageLimits.h"
@@ -42,28 +43,24 @@ void decode(const WebPData& frame, std::uint8_t* pixels, std::size_t bytesPerRow
 
 class WebPSource final : public ImageSource {
  public:
-  explicit WebPSource(ByteView file) : demuxer_(demux(file)) {}
-
-  std::string_view typeIdentifier() const override { return "org.webmproject.webp"; }
-
-  std::size_t frameCount() const override { return feature(WEBP_FF_FRAME_COUNT); }
-
-  int orientation() const override { return Exif::orientation(chunk("EXIF")); }
+  explicit WebPSource(ByteView file) : ImageSource(ImageFormat::webp), demuxer_(demux(file)) {
+    setSize(feature(WEBP_FF_CANVAS_WIDTH), feature(WEBP_FF_CANVAS_HEIGHT),
+            channelCount(ChannelLayout::rgba));
+    setFrameCount(feature(WEBP_FF_FRAME_COUNT));
+    setOrientation(Exif::orientation(chunk("EXIF")));
+  }
 
   /// The first frame where it lies on the canvas, whose rest is transparent.
   Image image() override {
-    Image canvas{.width = feature(WEBP_FF_CANVAS_WIDTH),
-                 .height = feature(WEBP_FF_CANVAS_HEIGHT),
-                 .layout = ChannelLayout::rgba};
-    ImageLimits::check(canvas.width, canvas.height, canvas.bytesPerPixel());
-    canvas.colorSpace = colorSpace();
-
+    Image canvas{.width = width(),
+                 .height = height(),
+                 .layout = ChannelLayout::rgba,
+                 .colorSpace = colorSpace()};
     WebPIterator frame{};
     if (!WebPDemuxGetFrame(demuxer_.get(), 1, &frame)) throw UnreadableImage("WebP without frames");
     const FrameContent frameContent(&frame);
-    const auto width = static_cast<std::size_t>(frame.width);
-    const auto height = static_cast<std::size_t>(frame.height);
-    const bool fillsCanvas = width == canvas.width && height == canvas.height;
+    const bool fillsCanvas =
+        std::cmp_equal(frame.width, width()) && std::cmp_equal(frame.height, height());
     canvas.alpha = frame.has_alpha || !fillsCanvas ? AlphaKind::straight : AlphaKind::none;
 
     std::uint8_t* pixels = allocatePackedRows(canvas);
@@ -90,9 +87,7 @@ class WebPSource final : public ImageSource {
 
   ColorSpacePtr colorSpace() const {
     const ByteView profile = chunk("ICCP");
-    if (profile.size() > ImageLimits::maximumICCBytes) {
-      throw UnreadableImage("the colour profile is too large");
-    }
+    ImageLimits::checkICC(profile.size());
     return profile.empty() ? ColorSpace::sRGB()
                            : ColorSpace::fromICC(profile, ColorSpace::Model::rgb);
   }
@@ -110,8 +105,6 @@ bool recognises(ByteView file) {
 
 }  // namespace
 
-const ImageReader webpReader{recognises, [](ByteView file) -> std::unique_ptr<ImageSource> {
-                               return std::make_unique<WebPSource>(file);
-                             }};
+const ImageReader webpReader{recognises, openAs<WebPSource>};
 
 }  // namespace orvane
