@@ -1,19 +1,21 @@
 #include "codecs/ImageDestination.h"
 
-#include <algorithm>
-#include <array>
-
 namespace orvane {
-namespace {
 
-constexpr std::array destinations{&jpegDestination, &heicDestination, &avifDestination};
-
-}  // namespace
-
-const ImageDestination* ImageDestination::forType(std::string_view typeIdentifier) {
-  const auto found = std::ranges::find(destinations, typeIdentifier,
-                                       [](const ImageDestination* d) { return d->typeIdentifier; });
-  return found == destinations.end() ? nullptr : *found;
+const ImageDestination* ImageDestination::of(ImageFormat format) {
+  switch (format) {
+    case ImageFormat::jpeg:
+      return &jpegDestination;
+    case ImageFormat::heic:
+      return &heicDestination;
+    case ImageFormat::avif:
+      return &avifDestination;
+    case ImageFormat::png:
+    case ImageFormat::webp:
+    case ImageFormat::jxl:
+      return nullptr;
+  }
+  return nullptr;
 }
 
 }  // namespace orvane

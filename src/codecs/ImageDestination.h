@@ -1,8 +1,9 @@
 #pragma once
 
 #include <stdexcept>
-#include <string_view>
 
+#include "codecs/PictureMeasurements.h"
+#include "picture/ImageFormat.h"
 #include "platform/foundation/Bytes.h"
 #include "platform/graphics/Image.h"
 
@@ -15,17 +16,24 @@ class UnwritableImage : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// One row of the table of formats that the platform writes.
+/// One row of the table of formats that are written from the picture in one quality.
 struct ImageDestination {
-  std::string_view typeIdentifier;
+  enum class Alpha {
+    kept,
+    none,  ///< `encode` is to be given opaque pictures
+  };
+  Alpha alpha;
+
+  /// Given to `encode` for a quality of 1.
+  double maximumQuality;
 
   /// Takes a picture of any layout and depth (see RowRenderer), writes it in its rendering space
-  /// and says which that is where it is not sRGB. Alpha is kept where the format can. `quality` 0…1
-  /// means the same look in every format. Throws UnwritableImage, std::bad_alloc.
-  Bytes (*encode)(const Image& image, double quality);
+  /// and says which that is where it is not sRGB. `quality` 0…1 means the same look in every
+  /// format. Throws UnwritableImage, std::bad_alloc.
+  Bytes (*encode)(const Image& image, const PictureMeasurements& measurements, double quality);
 
-  /// The destination of that type, or none.
-  static const ImageDestination* forType(std::string_view typeIdentifier);
+  /// The destination for JPEG, HEIC or AVIF; none for the other formats.
+  static const ImageDestination* of(ImageFormat format);
 };
 
 // One per format; each lives in its own <Format>Writer.cpp.

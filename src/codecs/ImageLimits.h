@@ -18,8 +18,4 @@ void check(std::uint64_t width, std::uint64_t height, std::size_t bytesPerPixel)
 /// Throws UnreadableImage when an ICC profile of this size is past the limit.
 void checkICC(std::size_t bytes);
 
-/// Physical memory, or what the process's control group, or one above it, may use when that is
-/// less. Bytes.
-std::uint64_t usableMemory();
-
 }  // namespace orvane::ImageLimits

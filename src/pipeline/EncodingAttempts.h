@@ -5,11 +5,14 @@
 #include "picture/EncodingPlan.h"
 #include "platform/foundation/Bytes.h"
 
-namespace orvane::EncodingAttempts {
+namespace orvane {
 
+/// The form of a PNG, which one attempt asks for beside the plan's mode.
 enum class PNGForm { palette, truecolor };
 
-/// Encodes the picture at hand by a plan. PNG output reads its form and not the plan's mode.
+namespace EncodingAttempts {
+
+/// Encodes the picture at hand by a plan. PNG output follows the form and not the plan's mode.
 using Encoder = std::function<Bytes(const EncodingPlan& plan, PNGForm pngForm)>;
 
 /// Encodes by the plan and, unless it asks for a single pass, by its alternative: the same plan in
@@ -18,4 +21,5 @@ using Encoder = std::function<Bytes(const EncodingPlan& plan, PNGForm pngForm)>;
 /// caller.
 Bytes encodeSmallest(const EncodingPlan& plan, const Encoder& encode);
 
-}  // namespace orvane::EncodingAttempts
+}  // namespace EncodingAttempts
+}  // namespace orvane

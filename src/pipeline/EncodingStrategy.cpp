@@ -19,23 +19,36 @@ std::int64_t pixelCount(const ImageCharacteristics& characteristics) {
   return pixels;
 }
 
-EncodingPlan::Mode mode(const ImageCharacteristics& characteristics, ImageFormat format,
-                        double quality) {
-  if (format == ImageFormat::png) return EncodingPlan::Lossy{quality};
-  if (format == ImageFormat::webp || format == ImageFormat::jxl) {
-    const bool isScreen = characteristics.contentClass == ContentClass::screenContent;
-    if (characteristics.contentClass == ContentClass::flatGraphic) return EncodingPlan::Lossless{};
-    if (quality >= 97 && isScreen && characteristics.flatFraction > 0.55) {
-      return EncodingPlan::Lossless{};
-    }
-    if (format == ImageFormat::webp && isScreen && quality >= 85) {
-      return EncodingPlan::NearLossless{60};
-    }
-  }
-  return EncodingPlan::Lossy{QualityCalibration::codecQuality(quality, format)};
+/// Whether a format uses its lossless mode for a picture.
+bool isBestLossless(const ImageCharacteristics& characteristics, double quality) {
+  return characteristics.contentClass == ContentClass::flatGraphic ||
+         (characteristics.contentClass == ContentClass::screenContent &&
+          characteristics.flatFraction > 0.55 && quality >= 97);
 }
 
-/// To 1…100. What is not a number asks for the most.
+EncodingPlan::Mode mode(const ImageCharacteristics& characteristics, ImageFormat format,
+                        double quality) {
+  const EncodingPlan::Lossy lossy{QualityCalibration::codecQuality(quality, format)};
+  switch (format) {
+    case ImageFormat::png:
+    case ImageFormat::jpeg:
+    case ImageFormat::heic:
+    case ImageFormat::avif:
+      return lossy;
+    case ImageFormat::webp:
+      if (isBestLossless(characteristics, quality)) return EncodingPlan::Lossless{};
+      if (characteristics.contentClass == ContentClass::screenContent && quality >= 85) {
+        return EncodingPlan::NearLossless{60};
+      }
+      return lossy;
+    case ImageFormat::jxl:
+      if (isBestLossless(characteristics, quality)) return EncodingPlan::Lossless{};
+      return lossy;
+  }
+  return lossy;
+}
+
+/// To 1…100; NaN is 100.
 double effectiveQuality(double perceptualQuality, ContentClass contentClass) {
   const double quality =
       contentClass == ContentClass::detailedPhoto ? perceptualQuality - 4 : perceptualQuality;
@@ -62,36 +75,41 @@ float ditheringLevel(const ImageCharacteristics& characteristics) {
   return characteristics.gradientFraction > 0.25 ? 1.0F : 0.7F;
 }
 
-/// Up to that many pixels a second attempt is worth its time.
-std::int64_t maximumSecondAttemptPixels(ImageFormat format) {
+/// When a second attempt is worth its time, and in which mode.
+struct SecondAttempt {
+  std::int64_t maximumPixels;
+  bool firstIsLossless;
+  bool losslessMayBeSmaller;  ///< counts when the first attempt is lossy
+};
+
+SecondAttempt secondAttempt(const EncodingPlan& plan, const ImageCharacteristics& characteristics,
+                            ImageFormat format) {
   switch (format) {
     case ImageFormat::png:
-      return 500'000;
+      return {500'000, plan.preferLossless, characteristics.noiseLevel < 6};
     case ImageFormat::webp:
     case ImageFormat::jxl:
-      return 4'000'000;
+      return {4'000'000, std::holds_alternative<EncodingPlan::Lossless>(plan.mode),
+              characteristics.contentClass == ContentClass::screenContent ||
+                  characteristics.contentClass == ContentClass::illustration};
     case ImageFormat::jpeg:
     case ImageFormat::heic:
     case ImageFormat::avif:
-      return -1;
+      break;
   }
-  return -1;
+  constexpr std::int64_t never = -1;
+  return {never, false, false};
 }
 
-/// Lossless pictures are tried lossy, and lossy ones lossless where that could come out smaller.
 void planSecondAttempt(EncodingPlan& plan, const ImageCharacteristics& characteristics,
                        ImageFormat format, std::int64_t pixels) {
-  const bool isPNG = format == ImageFormat::png;
-  const bool startsLossless =
-      isPNG ? plan.preferLossless : std::holds_alternative<EncodingPlan::Lossless>(plan.mode);
-  if (pixels > maximumSecondAttemptPixels(format)) {
+  const SecondAttempt attempt = secondAttempt(plan, characteristics, format);
+  if (pixels > attempt.maximumPixels) {
     plan.singlePass = true;
-  } else if (startsLossless) {
+  } else if (attempt.firstIsLossless) {
     plan.losslessQuality = QualityCalibration::codecQuality(plan.quality, format);
   } else {
-    plan.losslessCandidate = isPNG ? characteristics.noiseLevel < 6
-                                   : characteristics.contentClass == ContentClass::screenContent ||
-                                         characteristics.contentClass == ContentClass::illustration;
+    plan.losslessCandidate = attempt.losslessMayBeSmaller;
     plan.singlePass = !plan.losslessCandidate;
   }
 }

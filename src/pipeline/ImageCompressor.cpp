@@ -4,86 +4,55 @@
 #include <cerrno>
 #include <new>
 
-#include "codecs/jxl/JXLEncoder.h"
-#include "codecs/png/PNGQuantEncoder.h"
-#include "codecs/png/PalettePNG.h"
-#include "codecs/webp/WebPEncoder.h"
-#include "picture/ImageProcessingError.h"
 #include "pipeline/EncodingAttempts.h"
 #include "pipeline/EncodingStrategy.h"
 #include "pipeline/ImageAnalyzer.h"
 #include "pipeline/ImageDecoder.h"
-#include "pipeline/NativeImageIOEncoder.h"
+#include "pipeline/OutputFormat.h"
 #include "platform/foundation/FileError.h"
 #include "platform/foundation/Files.h"
 
 namespace orvane::ImageCompressor {
 namespace {
 
-using EncodingAttempts::PNGForm;
+/// From this perceptual quality on, a file that can be repacked without loss is.
+constexpr double repackingQuality = 90;
 
-/// From this perceptual quality on a JPEG becomes a JPEG XL without loss.
-constexpr double transcodingQuality = 90;
-
-/// One decoded picture and everything that is known of it.
-struct Work {
-  Image image;
-  RGBABuffer buffer;
-  ImageCharacteristics characteristics;
-  ImageFormat format;
-};
-
-/// Whether the format is encoded from the buffer and not from the decoded picture.
-bool encodesBuffer(ImageFormat format) {
-  return format == ImageFormat::png || format == ImageFormat::webp || format == ImageFormat::jxl;
-}
-
-Bytes encode(const Work& work, const EncodingPlan& plan, PNGForm pngForm) {
-  switch (work.format) {
-    case ImageFormat::png:
-      return pngForm == PNGForm::truecolor ? PNGQuantEncoder::encodeLossless(work.buffer, plan)
-                                           : PalettePNG::encode(work.buffer, plan);
-    case ImageFormat::webp:
-      return WebPEncoder::encode(work.buffer, plan, work.characteristics);
-    case ImageFormat::jxl:
-      return JXLEncoder::encode(work.buffer, work.buffer.hasAlpha, plan);
-    case ImageFormat::jpeg:
-    case ImageFormat::heic:
-    case ImageFormat::avif:
-      return NativeImageIOEncoder::encode(work.image, work.buffer.hasAlpha, work.format, plan);
-  }
-  throw ImageProcessingError::encodingFailed(work.format);
-}
-
-/// The source as it came, in JPEG XL; nothing where the pixels are to be encoded.
-std::optional<Bytes> transcoded(ByteView file, ImageFormat source, ImageFormat format,
-                                double quality, const EncodingPlan& plan) {
-  if (format != ImageFormat::jxl || source != ImageFormat::jpeg ||
-      !(quality >= transcodingQuality)) {
+std::optional<Bytes> repacked(ByteView file, ImageFormat source, const OutputFormat& output,
+                              double quality, EncodingPlan::Effort effort) {
+  const auto& repacking = output.repacking;
+  if (!repacking || repacking->source != source || !(quality >= repackingQuality)) {
     return std::nullopt;
   }
-  return JXLEncoder::transcodeJPEG(file, ordinal(plan.effort) + 5);
+  return repacking->repack(file, effort);
+}
+
+/// Lets go of the pixels that are not encoded.
+void releaseOther(Picture& picture, OutputFormat::Input encoded) {
+  switch (encoded) {
+    case OutputFormat::Input::buffer:
+      picture.image.pixels.reset();
+      break;
+    case OutputFormat::Input::image:
+      picture.buffer.releasePixels();
+      break;
+  }
 }
 
 Bytes compressed(ByteView file, ImageFormat format, double quality) {
   ImageDecoder::DecodedImage source = ImageDecoder::decodeImageSource(file);
   RGBABuffer buffer(source.image);
-  Work work{.image = std::move(source.image), .buffer = std::move(buffer), .format = format};
-  work.characteristics = ImageAnalyzer::analyze(work.buffer);
-  const EncodingPlan plan = EncodingStrategy::plan(work.characteristics, format, quality);
-  if (auto output = transcoded(file, source.format, format, quality, plan)) {
-    return std::move(*output);
+  const ImageCharacteristics characteristics = ImageAnalyzer::analyze(buffer);
+  const EncodingPlan plan = EncodingStrategy::plan(characteristics, format, quality);
+  const OutputFormat& output = OutputFormat::of(format);
+  if (auto repackedFile = repacked(file, source.format, output, quality, plan.effort)) {
+    return *std::move(repackedFile);
   }
-  // Only one of the two pictures is encoded; the memory of the other goes first.
-  if (encodesBuffer(format)) {
-    work.image.pixels.reset();
-  } else {
-    work.buffer.releasePixels();
-  }
-  return EncodingAttempts::encodeSmallest(plan,
-                                          [&work](const EncodingPlan& attempt, PNGForm pngForm) {
-                                            return encode(work, attempt, pngForm);
-                                          });
+  Picture picture{std::move(source.image), std::move(buffer), characteristics};
+  releaseOther(picture, output.input);
+  return EncodingAttempts::encodeSmallest(plan, [&](const EncodingPlan& attempt, PNGForm pngForm) {
+    return output.encode(picture, attempt, pngForm);
+  });
 }
 
 std::string defaultFilename(const std::string& path, ImageFormat format) {

@@ -28,35 +28,32 @@ std::optional<Image> opaqueCopy(const Image& image, Backdrop backdrop) try {
   return std::nullopt;
 }
 
-/// 0…1 for the destination. Readers of AVIF never get the maximum setting.
-double destinationQuality(double codecQuality, ImageFormat format) {
+/// 0…1. NaN is 0.
+double destinationQuality(double codecQuality, const ImageDestination& destination) {
   const double quality = codecQuality / 100;
   if (!(quality > 0)) return 0;
-  const double highest = format == ImageFormat::avif ? 0.99 : 1.0;
-  return quality >= 1 ? highest : quality;
+  return quality < 1 ? quality : destination.maximumQuality;
+}
+
+/// The picture that is added to the destination.
+Image encodedImage(const Image& image, bool hasAlpha, const ImageDestination& destination) {
+  if (hasAlpha && destination.alpha == ImageDestination::Alpha::kept) return image;
+  return opaqueCopy(image, hasAlpha ? Backdrop::white : Backdrop::none).value_or(image);
 }
 
 }  // namespace
 
-Bytes encode(const Image& image, bool hasAlpha, ImageFormat format, const EncodingPlan& plan) {
-  precondition(format == ImageFormat::jpeg || format == ImageFormat::heic ||
-               format == ImageFormat::avif);
+Bytes encode(const Image& image, bool hasAlpha, ImageFormat format, const EncodingPlan& plan,
+             const ImageCharacteristics& characteristics) try {
+  const ImageDestination* destination = ImageDestination::of(format);
+  precondition(destination != nullptr);
   const auto* lossy = std::get_if<EncodingPlan::Lossy>(&plan.mode);
-  const ImageDestination* destination = ImageDestination::forType(format.typeIdentifier());
-  if (lossy == nullptr || destination == nullptr) {
-    throw ImageProcessingError::encodingFailed(format);
-  }
-  std::optional<Image> copy;
-  if (!hasAlpha || format == ImageFormat::jpeg) {
-    copy = opaqueCopy(image, hasAlpha ? Backdrop::white : Backdrop::none);
-  }
-  try {
-    return destination->encode(copy ? *copy : image, destinationQuality(lossy->quality, format));
-  } catch (const UnwritableImage&) {
-    throw ImageProcessingError::encodingFailed(format);
-  } catch (const std::bad_alloc&) {
-    throw ImageProcessingError::encodingFailed(format);
-  }
+  if (lossy == nullptr) throw ImageProcessingError::encodingFailed(format);
+  const Image encoded = encodedImage(image, hasAlpha, *destination);
+  return destination->encode(encoded, measure(encoded, characteristics),
+                             destinationQuality(lossy->quality, *destination));
+} catch (const UnwritableImage&) {
+  throw ImageProcessingError::encodingFailed(format);
 }
 
 }  // namespace orvane::NativeImageIOEncoder

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "codecs/ImageSource.h"
+#include "platform/foundation/Memory.h"
 
 namespace orvane {
 namespace {
@@ -28,7 +29,7 @@ TEST(ImageLimits, refuseMorePixelsThanCanBeCounted) {
 }
 
 TEST(ImageLimits, refuseMoreThanHalfOfTheMemory) {
-  const std::uint64_t half = ImageLimits::usableMemory() / 2;
+  const std::uint64_t half = Memory::usable() / 2;
   ASSERT_GT(half, 1000u);
   const auto perPixel = static_cast<std::size_t>(half / 1000);
   EXPECT_NO_THROW(ImageLimits::check(1000, 1, perPixel));

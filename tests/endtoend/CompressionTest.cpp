@@ -9,13 +9,12 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 
-#include "codecs/png/PNGQuantEncoder.h"
 #include "picture/ImageProcessingError.h"
 #include "pipeline/ImageCompressor.h"
 #include "pipeline/ImageDecoder.h"
-#include "pipeline/NativeImageIOEncoder.h"
 #include "profiles/JSONText.h"
 #include "support/RunTool.h"
+#include "support/TestFiles.h"
 #include "support/TestImages.h"
 
 namespace orvane {
@@ -23,19 +22,11 @@ namespace {
 
 namespace fs = std::filesystem;
 using Names = std::vector<std::string>;
+using test::jpegFile;
+using test::pngFile;
 using test::readFile;
 using test::ToolRun;
 using test::writeFile;
-
-const EncodingPlan plan{.mode = EncodingPlan::Lossy{90}};
-
-Bytes pngFile(const Image& image) {
-  return PNGQuantEncoder::encodeLossless(RGBABuffer(image), plan);
-}
-
-Bytes jpegFile(const Image& image) {
-  return NativeImageIOEncoder::encode(image, false, ImageFormat::jpeg, plan);
-}
 
 struct CompressionEndToEnd : testing::Test {
   test::Tool tool;
@@ -133,8 +124,7 @@ TEST_F(CompressionEndToEnd, speaksToPeopleInTheirUnits) {
 
 TEST_F(CompressionEndToEnd, keepsAnOutputThatIsLarger) {
   const Image image = test::noisyImage(40, 30);
-  write("a.jpg", NativeImageIOEncoder::encode(image, false, ImageFormat::jpeg,
-                                              {.mode = EncodingPlan::Lossy{10}}));
+  write("a.jpg", jpegFile(image, 0.1));
   const std::string report = reportOf({"a.jpg", "--output", "out", "--quality", "100"});
   ASSERT_GT(size("out/a.jpg"), size("a.jpg"));
   const double growth =

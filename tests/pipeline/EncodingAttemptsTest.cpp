@@ -9,7 +9,6 @@ namespace orvane {
 namespace {
 
 using EncodingAttempts::encodeSmallest;
-using EncodingAttempts::PNGForm;
 
 struct Attempt {
   EncodingPlan plan;

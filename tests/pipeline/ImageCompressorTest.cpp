@@ -8,31 +8,22 @@
 #include <cstring>
 
 #include "codecs/ImageSource.h"
-#include "codecs/png/PNGQuantEncoder.h"
 #include "picture/ImageProcessingError.h"
 #include "pipeline/ImageDecoder.h"
-#include "pipeline/NativeImageIOEncoder.h"
 #include "support/JPEGBuilder.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestFiles.h"
 #include "support/TestImages.h"
 #include "support/WebPBuilder.h"
 
 namespace orvane {
 namespace {
 
+using test::jpegFile;
+using test::pngFile;
 using test::readFile;
 using test::TemporaryFolder;
 using test::writeFile;
-
-const EncodingPlan plainPlan{.mode = EncodingPlan::Lossy{90}};
-
-Bytes pngFile(const Image& image) {
-  return PNGQuantEncoder::encodeLossless(RGBABuffer(image), plainPlan);
-}
-
-Bytes jpegFile(const Image& image) {
-  return NativeImageIOEncoder::encode(image, false, ImageFormat::jpeg, plainPlan);
-}
 
 struct ImageCompressorTest : testing::Test {
   TemporaryFolder sources;

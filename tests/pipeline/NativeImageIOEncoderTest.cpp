@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "picture/ImageProcessingError.h"
+#include "pipeline/ImageAnalyzer.h"
 #include "pipeline/ImageDecoder.h"
 #include "platform/graphics/RowRenderer.h"
 #include "support/TestImages.h"
@@ -15,6 +16,12 @@ namespace {
 using test::Pixel;
 
 EncodingPlan lossy(double quality) { return {.mode = EncodingPlan::Lossy{quality}}; }
+
+Bytes encodeNative(const Image& image, bool hasAlpha, ImageFormat format,
+                   const EncodingPlan& plan) {
+  return NativeImageIOEncoder::encode(image, hasAlpha, format, plan,
+                                      ImageAnalyzer::analyze(RGBABuffer(image)));
+}
 
 /// The picture in a file, as straight 8-bit R, G, B, A.
 Image decoded(ByteView file) {
@@ -35,8 +42,7 @@ void expectNear(const Pixel& actual, const Pixel& expected, int tolerance) {
 }
 
 TEST(NativeImageIOEncoder, showsWhiteBehindTransparencyInJPEG) {
-  const Image jpeg =
-      decoded(NativeImageIOEncoder::encode(halfTransparent(), true, ImageFormat::jpeg, lossy(95)));
+  const Image jpeg = decoded(encodeNative(halfTransparent(), true, ImageFormat::jpeg, lossy(95)));
   expectNear(test::pixelAt(jpeg, 8, 16), {255, 255, 255, 255}, 2);
   expectNear(test::pixelAt(jpeg, 56, 16), {0, 0, 255, 255}, 3);
 }
@@ -44,8 +50,7 @@ TEST(NativeImageIOEncoder, showsWhiteBehindTransparencyInJPEG) {
 class NativeAlpha : public testing::TestWithParam<ImageFormat::Case> {};
 
 TEST_P(NativeAlpha, keepsTransparency) {
-  const Image image =
-      decoded(NativeImageIOEncoder::encode(halfTransparent(), true, GetParam(), lossy(90)));
+  const Image image = decoded(encodeNative(halfTransparent(), true, GetParam(), lossy(90)));
   EXPECT_LE(test::pixelAt(image, 8, 16)[3], 1);
   expectNear(test::pixelAt(image, 56, 16), {0, 0, 255, 255}, 4);
 }
@@ -55,7 +60,7 @@ TEST_P(NativeAlpha, dropsAnAlphaChannelThatIsOpaqueThroughout) {
                                        ColorSpace::sRGB(), [](std::size_t, std::size_t) {
                                          return Pixel{10, 200, 90, 255};
                                        });
-  const Bytes file = NativeImageIOEncoder::encode(opaque, false, GetParam(), lossy(90));
+  const Bytes file = encodeNative(opaque, false, GetParam(), lossy(90));
   EXPECT_EQ(ImageDecoder::decodeImageSource(file).image.alpha, AlphaKind::none);
 }
 
@@ -65,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(NativeImageIOEncoder, NativeAlpha,
 TEST(NativeImageIOEncoder, clampsTheQuality) {
   const Image image = test::noisyImage(48, 48);
   const auto encode = [&](ImageFormat format, double quality) {
-    return NativeImageIOEncoder::encode(image, false, format, lossy(quality));
+    return encodeNative(image, false, format, lossy(quality));
   };
   EXPECT_EQ(encode(ImageFormat::jpeg, 150), encode(ImageFormat::jpeg, 100));
   EXPECT_EQ(encode(ImageFormat::jpeg, -5), encode(ImageFormat::jpeg, 0));
@@ -76,7 +81,7 @@ TEST(NativeImageIOEncoder, clampsTheQuality) {
 TEST(NativeImageIOEncoder, neverGivesAVIFTheMaximumSetting) {
   const Image image = test::noisyImage(48, 48);
   const auto encode = [&](double quality) {
-    return NativeImageIOEncoder::encode(image, false, ImageFormat::avif, lossy(quality));
+    return encodeNative(image, false, ImageFormat::avif, lossy(quality));
   };
   EXPECT_EQ(encode(100), encode(99));
   EXPECT_EQ(encode(150), encode(99));
@@ -87,7 +92,7 @@ TEST(NativeImageIOEncoder, encodesLossyPlansOnly) {
     for (const EncodingPlan::Mode& mode : {EncodingPlan::Mode(EncodingPlan::Lossless{}),
                                            EncodingPlan::Mode(EncodingPlan::NearLossless{60})}) {
       try {
-        NativeImageIOEncoder::encode(test::gradientImage(8, 8), false, format, {.mode = mode});
+        encodeNative(test::gradientImage(8, 8), false, format, {.mode = mode});
         FAIL() << format.displayName();
       } catch (const ImageProcessingError& error) {
         EXPECT_EQ(error.localizedDescription(),

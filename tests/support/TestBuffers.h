@@ -1,6 +1,8 @@
 #pragma once
 
+#include "codecs/PictureMeasurements.h"
 #include "picture/RGBABuffer.h"
+#include "pipeline/ImageAnalyzer.h"
 #include "support/TestImages.h"
 
 namespace orvane::test {
@@ -15,6 +17,11 @@ inline RGBABuffer drawBuffer(std::size_t width, std::size_t height, const ColorS
                              const std::function<Pixel(std::size_t x, std::size_t y)>& pixelAt) {
   return bufferOf(
       drawImage(width, height, ChannelLayout::rgba, AlphaKind::straight, 8, space, pixelAt));
+}
+
+/// All that encoders are told of a picture.
+inline PictureMeasurements measured(const Image& image) {
+  return measure(image, ImageAnalyzer::analyze(RGBABuffer(image)));
 }
 
 }  // namespace orvane::test

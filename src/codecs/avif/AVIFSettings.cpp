@@ -1,10 +1,28 @@
 #include "codecs/avif/AVIFSettings.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "codecs/QualityTable.h"
 
 namespace orvane::AVIFSettings {
+namespace {
+
+/// Edges among all samples. Screenshots have 0.016 and more, flat drawings 0.002 and less.
+constexpr double leastEdges = 0.01;
+
+/// Edges among the samples that are not flat. Screenshots have 0.13 and more, drawings as flat as
+/// them up to 0.09.
+constexpr double leastEdgesAmongChanges = 0.1;
+
+}  // namespace
+
+Content contentOf(const ImageCharacteristics& characteristics) {
+  const bool isFlat = characteristics.contentClass <= ContentClass::screenContent;
+  const double least =
+      std::max(leastEdges, leastEdgesAmongChanges * (1 - characteristics.flatFraction));
+  return isFlat && characteristics.edgeFraction > least ? Content::screen : Content::natural;
+}
 
 int colorQuantizer(double quality, Tuning tuning) {
   const auto table = tuning == Tuning::imageQuality ? QualityTables::avifQuantizerTunedForImages()

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "picture/ImageCharacteristics.h"
+
 /// What libavif and libaom are set to.
 namespace orvane::AVIFSettings {
 
@@ -17,6 +19,9 @@ enum class Content {
   natural,  ///< photographs, paintings, soft drawings
   screen,   ///< text, windows, charts: libaom looks for palettes
 };
+
+/// Screens have flat areas, and most of what changes in them jumps.
+Content contentOf(const ImageCharacteristics& characteristics);
 
 /// 10 bits keep 8-bit colours through the conversion to YCbCr. Of what is on a screen palettes of 8
 /// bits make smaller files, in less time.

@@ -3,9 +3,9 @@
 #include <optional>
 
 #include "codecs/ImageDestination.h"
-#include "codecs/ScreenContent.h"
 #include "codecs/avif/AVIFLibrary.h"
 #include "codecs/avif/AVIFSettings.h"
+#include "platform/foundation/Memory.h"
 #include "platform/graphics/RowRenderer.h"
 
 namespace orvane {
@@ -13,9 +13,6 @@ namespace {
 
 using AVIFSettings::Content;
 using AVIFSettings::Tuning;
-
-/// AV1 codes sides in 16 bits.
-constexpr std::size_t maximumSide = 65535;
 
 /// Luma, two of chroma and alpha, at most 16 bits each.
 constexpr std::size_t planeBytesPerPixel = 8;
@@ -76,8 +73,8 @@ AVIFLibrary::Picture convert(const Image& image, Content content) {
       static_cast<std::uint32_t>(image.width), static_cast<std::uint32_t>(image.height),
       AVIFSettings::depth(content), AVIFSettings::pixelFormat);
   describeColors(*picture, *colorSpace);
-  // libavif 0.11 ends the process where there is no memory for the planes: see first that there is.
-  static_cast<void>(makePixelMemory(image.width * image.height * planeBytesPerPixel));
+  // libavif 0.11 ends the process when it gets no memory for the planes.
+  Memory::require(image.width * image.height * planeBytesPerPixel);
   require(avifImageAllocatePlanes(
       picture.get(), image.alpha == AlphaKind::none ? AVIF_PLANES_YUV : AVIF_PLANES_ALL));
 
@@ -123,17 +120,11 @@ std::optional<Bytes> encode(const avifImage& picture, double quality, Content co
   return Bytes(output.data.data, output.data.data + output.data.size);
 }
 
-Content contentOf(const Image& image) {
-  if (image.bitsPerComponent > 8) return Content::natural;  // 8 bits are too few
-  OpaqueRows rows(image);
-  return suitsScreenContentTools(rows) ? Content::screen : Content::natural;
-}
-
-Bytes encode(const Image& image, double quality) {
-  if (image.width > maximumSide || image.height > maximumSide) {
-    throw UnwritableImage("a side is longer than AV1 can hold");
-  }
-  const Content content = contentOf(image);
+Bytes encode(const Image& image, const PictureMeasurements& measurements, double quality) {
+  // Screens are coded in 8 bits, which are too few for deep pictures.
+  const Content content = image.bitsPerComponent > 8
+                              ? Content::natural
+                              : AVIFSettings::contentOf(measurements.characteristics);
   const AVIFLibrary::Picture picture = convert(image, content);
   for (const Tuning tuning : {Tuning::imageQuality, Tuning::structuralSimilarity}) {
     if (auto file = encode(*picture, quality, content, tuning)) return *std::move(file);
@@ -143,6 +134,9 @@ Bytes encode(const Image& image, double quality) {
 
 }  // namespace
 
-const ImageDestination avifDestination{"public.avif", encode};
+const ImageDestination avifDestination{.alpha = ImageDestination::Alpha::kept,
+                                       // Deliberately never the best setting.
+                                       .maximumQuality = 0.99,
+                                       .encode = encode};
 
 }  // namespace orvane

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cmath>
 #include <new>
 #include <optional>
@@ -14,10 +13,6 @@ namespace {
 
 /// BT.601 of 625 or 525 lines: what phones write and every reader assumes.
 constexpr heif_matrix_coefficients matrix = heif_matrix_coefficients_ITU_R_BT_601_6;
-
-/// Sides are coded in multiples of 8, and decoders take no more than 16 bits of them. The levels of
-/// ITU-T H.265 (A.4.1) end earlier, at 35 million pixels; what is larger claims none of them.
-constexpr std::size_t maximumSide = 65528;
 
 // MARK: Pixels
 
@@ -113,10 +108,8 @@ Bytes serialized(heif_context* context) {
   return file;
 }
 
-Bytes encode(const Image& image, double quality) try {
+Bytes encode(const Image& image, const PictureMeasurements&, double quality) try {
   if (image.width == 0 || image.height == 0) throw UnwritableImage("an empty picture");
-  if (std::max(image.width, image.height) > maximumSide)
-    throw UnwritableImage("a side is too long");
   const ColorSpacePtr space = renderingSpace(image.colorSpace);
   const HEIFImage planes = convert(image, space);
   const HEIFColorProfile description = planeDescription(*space);
@@ -138,6 +131,7 @@ Bytes encode(const Image& image, double quality) try {
 
 }  // namespace
 
-const ImageDestination heicDestination{"public.heic", encode};
+const ImageDestination heicDestination{
+    .alpha = ImageDestination::Alpha::kept, .maximumQuality = 1, .encode = encode};
 
 }  // namespace orvane

@@ -5,6 +5,7 @@
 #include "codecs/ImageLimits.h"
 #include "codecs/heic/HEVCDecoder.h"
 #include "codecs/heic/HEVCEncoder.h"
+#include "platform/foundation/Memory.h"
 
 // From libheif 1.19 on. The version has a byte for each of its three numbers.
 #define ORVANE_LIBHEIF_HAS_SECURITY_LIMITS (LIBHEIF_NUMERIC_VERSION >= 0x01130000)
@@ -27,7 +28,7 @@ void setLimits(heif_context* context) {
 #if ORVANE_LIBHEIF_HAS_SECURITY_LIMITS
   heif_security_limits& limits = *heif_context_get_security_limits(context);
   limits.max_image_size_pixels = ImageLimits::maximumPixels;
-  limits.max_memory_block_size = ImageLimits::usableMemory() / 2;
+  limits.max_memory_block_size = Memory::usable() / 2;
   limits.max_color_profile_size = ImageLimits::maximumICCBytes;
 #else
   heif_context_set_maximum_image_size_limit(context, static_cast<int>(ImageLimits::maximumSide));

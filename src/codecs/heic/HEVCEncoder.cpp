@@ -14,7 +14,7 @@
 
 #include "codecs/heic/HEIFLibrary.h"
 #include "platform/foundation/Bytes.h"
-#include "platform/graphics/Image.h"
+#include "platform/foundation/Memory.h"
 
 namespace orvane {
 namespace {
@@ -143,7 +143,7 @@ void requireThreadAndMemory(const x265_param& param) {
   std::thread([] {}).join();
   const auto pixels =
       static_cast<std::size_t>(param.sourceWidth) * static_cast<std::size_t>(param.sourceHeight);
-  static_cast<void>(makePixelMemory(pixels * bytesPerPixel));
+  Memory::require(pixels * bytesPerPixel);
 }
 
 /// x265 fills its tables of functions when the first encoder is opened, and does so unguarded.

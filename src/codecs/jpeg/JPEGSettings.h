@@ -18,7 +18,7 @@ struct JPEGSettings {
   Steps chromaSteps;
   Chroma chroma;
 
-  /// `quality` is 0…1, `chromaEdgeShare` what the function of that name says of the picture.
+  /// `quality` is 0…1, `chromaEdgeShare` is PictureMeasurements::chromaEdgeShare.
   static JPEGSettings forPicture(double quality, double chromaEdgeShare);
 };
 

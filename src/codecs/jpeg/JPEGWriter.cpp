@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "codecs/ChromaEdges.h"
 #include "codecs/ImageDestination.h"
 #include "codecs/OpaqueRows.h"
 #include "codecs/jpeg/JPEGColorProfile.h"
@@ -109,32 +108,17 @@ void Encoder::writeRows() {
   }
 }
 
-/// Whether every pixel is grey. Ends at the first row that is not.
-bool isGray(OpaqueRows& rows) {
-  for (std::size_t y = 0; y < rows.height(); ++y) {
-    const std::uint8_t* row = rows.read(y, 1)[0];
-    int differences = 0;
-    for (std::size_t at = 0; at < rows.width() * 4; at += 4) {
-      differences |= (row[at] ^ row[at + 1]) | (row[at] ^ row[at + 2]);
-    }
-    if (differences != 0) return false;
-  }
-  return true;
-}
-
-Bytes encode(const Image& image, double quality) {
-  if (image.width > JPEG_MAX_DIMENSION || image.height > JPEG_MAX_DIMENSION) {
-    throw UnwritableImage("a side is longer than JPEG can hold");
-  }
+Bytes encode(const Image& image, const PictureMeasurements& measurements, double quality) {
   OpaqueRows rows(image);
   // A profile for RGB says nothing about one component.
-  const bool gray = rows.colorSpace()->isSRGB() && isGray(rows);
-  const auto settings = JPEGSettings::forPicture(quality, gray ? 0 : chromaEdgeShare(rows));
+  const bool gray = measurements.isGray && rows.colorSpace()->isSRGB();
+  const auto settings = JPEGSettings::forPicture(quality, measurements.chromaEdgeShare);
   return Encoder(rows).encode(gray ? JCS_GRAYSCALE : JCS_YCbCr, settings);
 }
 
 }  // namespace
 
-const ImageDestination jpegDestination{"public.jpeg", encode};
+const ImageDestination jpegDestination{
+    .alpha = ImageDestination::Alpha::none, .maximumQuality = 1, .encode = encode};
 
 }  // namespace orvane

@@ -13,6 +13,7 @@
 #include "codecs/jpeg/JPEGLibrary.h"
 #include "picture/ColorProfile.h"
 #include "picture/ImageProcessingError.h"
+#include "platform/foundation/Memory.h"
 
 namespace orvane::JXLEncoder {
 namespace {
@@ -85,10 +86,9 @@ Bytes stripAlpha(ByteView rgba) {
 /// What libjxl takes: 44 were measured for pixels, 38 for a JPEG of noise.
 constexpr std::size_t bytesPerPixel = 48;
 
-/// libjxl 0.7 ends the process where it gets no memory: see first that there is as much as it
-/// takes.
+/// libjxl 0.7 ends the process when it gets no memory.
 void requireMemory(std::size_t width, std::size_t height) {
-  static_cast<void>(makePixelMemory(width * height * bytesPerPixel));
+  Memory::require(width * height * bytesPerPixel);
 }
 
 /// libjxl copies what it is given.
@@ -160,7 +160,7 @@ double distance(double quality) {
   return 0.19;
 }
 
-Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan) try {
+Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan) {
   requireMemory(rgba.width, rgba.height);
   const JxlEncoderPtr encoder = JxlEncoderMake(nullptr);
   require(encoder != nullptr);
@@ -178,8 +178,6 @@ Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan) tr
   }
   JxlEncoderCloseInput(encoder.get());
   return drainOutput(encoder.get());
-} catch (const std::bad_alloc&) {
-  throw ImageProcessingError::encodingFailed(ImageFormat::jxl);
 }
 
 std::optional<Bytes> transcodeJPEG(ByteView jpeg, int effort) {

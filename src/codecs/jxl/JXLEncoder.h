@@ -12,7 +12,7 @@ namespace orvane::JXLEncoder {
 double distance(double quality);
 
 /// A bare JPEG XL codestream (ISO/IEC 18181-1) of the pixels; `hasAlpha` keeps the alpha channel.
-/// Throws ImageProcessingError::encodingFailed.
+/// Throws ImageProcessingError::encodingFailed, std::bad_alloc.
 Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan);
 
 /// The same JPEG in a JPEG XL container (ISO/IEC 18181-2), with what is needed to rebuild the file

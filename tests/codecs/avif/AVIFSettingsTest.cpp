@@ -5,6 +5,7 @@
 namespace orvane {
 namespace {
 
+using AVIFSettings::Content;
 using AVIFSettings::Tuning;
 
 TEST(AVIFSettings, spendMoreBitsTheHigherTheQuality) {
@@ -23,6 +24,30 @@ TEST(AVIFSettings, stayWithinTheLossyQuantizers) {
     EXPECT_LE(AVIFSettings::colorQuantizer(0, tuning), 63);
     EXPECT_EQ(AVIFSettings::colorQuantizer(1, tuning), 1);
   }
+}
+
+/// A picture of that class, flatness and share of edges.
+AVIFSettings::Content contentOf(ContentClass contentClass, double flat, double edges) {
+  return AVIFSettings::contentOf(
+      {.contentClass = contentClass, .flatFraction = flat, .edgeFraction = edges});
+}
+
+TEST(AVIFSettings, takeFlatPicturesWithManyEdgesForScreens) {
+  using enum ContentClass;
+  EXPECT_EQ(contentOf(flatGraphic, 0.93, 0.0201), Content::screen);     // a terminal
+  EXPECT_EQ(contentOf(screenContent, 0.79, 0.0275), Content::screen);   // messages, with a picture
+  EXPECT_EQ(contentOf(flatGraphic, 0.999, 0.0005), Content::natural);   // a plain ground
+  EXPECT_EQ(contentOf(screenContent, 0.66, 0.0153), Content::natural);  // soft drawing
+  EXPECT_EQ(contentOf(photo, 0.03, 0.35), Content::natural);
+  EXPECT_EQ(contentOf(illustration, 0.4, 0.005), Content::natural);
+}
+
+TEST(AVIFSettings, wantMoreThanTheLeastOfEdges) {
+  using enum ContentClass;
+  EXPECT_EQ(contentOf(flatGraphic, 1, 0.01), Content::natural);
+  EXPECT_EQ(contentOf(flatGraphic, 1, 0.011), Content::screen);
+  EXPECT_EQ(contentOf(screenContent, 0.5, 0.05), Content::natural);
+  EXPECT_EQ(contentOf(screenContent, 0.5, 0.051), Content::screen);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "codecs/ImageDestination.h"
 #include "codecs/ImageReader.h"
 #include "codecs/avif/AVIFLibrary.h"
+#include "support/TestBuffers.h"
 #include "support/TestImages.h"
 #include "support/TestProfiles.h"
 
@@ -17,7 +18,7 @@ namespace {
 using test::Pixel;
 
 Bytes encode(const Image& image, double quality = 0.75) {
-  return ImageDestination::forType("public.avif")->encode(image, quality);
+  return ImageDestination::of(ImageFormat::avif)->encode(image, test::measured(image), quality);
 }
 
 Image decode(ByteView file) { return avifReader.open(file)->image(); }
@@ -228,7 +229,7 @@ TEST(AVIFWriter, makesLargerAndTruerFilesAtHigherQuality) {
 }
 
 TEST(AVIFWriter, refusesSidesThatAV1CannotHold) {
-  for (const auto& [width, height] : {std::pair<std::size_t, std::size_t>{65536, 1}, {1, 65536}}) {
+  for (const auto& [width, height] : {std::pair<std::size_t, std::size_t>{65537, 1}, {1, 65537}}) {
     EXPECT_THROW(encode(flatImage(width, height, {1, 2, 3, 255}, AlphaKind::none)),
                  UnwritableImage);
   }

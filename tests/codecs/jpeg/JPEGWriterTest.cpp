@@ -7,6 +7,7 @@
 #include "codecs/ImageSource.h"
 #include "codecs/jpeg/JPEGLibrary.h"
 #include "support/JPEGBuilder.h"
+#include "support/TestBuffers.h"
 #include "support/TestImages.h"
 #include "support/TestProfiles.h"
 
@@ -16,7 +17,7 @@ namespace {
 using test::Pixel;
 
 Bytes encode(const Image& image, double quality) {
-  return ImageDestination::forType("public.jpeg")->encode(image, quality);
+  return ImageDestination::of(ImageFormat::jpeg)->encode(image, test::measured(image), quality);
 }
 
 Image decode(ByteView file) { return ImageSource::create(file)->image(); }

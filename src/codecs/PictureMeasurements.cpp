@@ -1,0 +1,90 @@
+#include "codecs/PictureMeasurements.h"
+
+#include <algorithm>
+
+#include "codecs/OpaqueRows.h"
+
+namespace orvane {
+namespace {
+
+/// A step of Cb or Cr (ITU-T T.871, 0…255) that the blur and the noise of photographs rarely reach
+/// from one pixel to the next.
+constexpr int edge = 48;
+
+constexpr std::size_t maximumBlocks = 65536;
+
+bool isGray(const std::uint8_t* row, std::size_t width) {
+  int differences = 0;
+  for (std::size_t at = 0; at < width * 4; at += 4) {
+    differences |= (row[at] ^ row[at + 1]) | (row[at] ^ row[at + 2]);
+  }
+  return differences == 0;
+}
+
+/// The difference between the least and the greatest of some values.
+class Spread {
+ public:
+  void add(int value) {
+    lowest_ = std::min(lowest_, value);
+    highest_ = std::max(highest_, value);
+  }
+  int size() const { return highest_ - lowest_; }
+
+ private:
+  int lowest_ = 255;
+  int highest_ = -255;
+};
+
+/// Whether the chroma jumps among two pixels of the upper row and the two below them.
+bool holdsEdge(const std::uint8_t* upper, const std::uint8_t* lower) {
+  Spread blue;
+  Spread red;
+  for (const std::uint8_t* pixel : {upper, upper + 4, lower, lower + 4}) {
+    const int r = pixel[0], g = pixel[1], b = pixel[2];
+    // T.871's Cb and Cr in 256ths, without their offset.
+    blue.add((-43 * r - 85 * g + 128 * b) / 256);
+    red.add((128 * r - 107 * g - 21 * b) / 256);
+  }
+  return std::max(blue.size(), red.size()) > edge;
+}
+
+/// Odd, so that the grid does not fall in step with the regular layouts that people and programs
+/// draw.
+std::size_t gridStep(std::size_t columns, std::size_t rows) {
+  std::size_t step = 1;
+  while ((columns / step) * (rows / step) > maximumBlocks) step += 2;
+  return step;
+}
+
+/// Blocks with a jump among every `step`-th block of a row of `columns` blocks.
+std::size_t countEdges(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t columns,
+                       std::size_t step) {
+  std::size_t edges = 0;
+  for (std::size_t x = 0; x < columns; x += step) edges += holdsEdge(upper + x * 8, lower + x * 8);
+  return edges;
+}
+
+std::size_t stepsIn(std::size_t length, std::size_t step) { return (length + step - 1) / step; }
+
+}  // namespace
+
+PictureMeasurements measure(const Image& image, const ImageCharacteristics& characteristics) {
+  OpaqueRows rows(image);
+  const std::size_t blockColumns = rows.width() / 2;
+  const std::size_t blockRows = rows.height() / 2;
+  const std::size_t step = gridStep(blockColumns, blockRows);
+  PictureMeasurements result{.characteristics = characteristics, .isGray = true};
+  std::size_t edges = 0;
+  for (std::size_t y = 0; y < rows.height(); y += 2) {
+    const bool isOnGrid = y / 2 % step == 0 && y / 2 < blockRows;
+    if (!isOnGrid && !result.isGray) continue;
+    const auto pair = rows.read(y, 2);
+    for (const std::uint8_t* row : pair) result.isGray = result.isGray && isGray(row, rows.width());
+    if (isOnGrid && !result.isGray) edges += countEdges(pair[0], pair[1], blockColumns, step);
+  }
+  const std::size_t blocks = stepsIn(blockColumns, step) * stepsIn(blockRows, step);
+  if (blocks > 0) result.chromaEdgeShare = static_cast<double>(edges) / static_cast<double>(blocks);
+  return result;
+}
+
+}  // namespace orvane

@@ -1,0 +1,47 @@
+#include "platform/foundation/Memory.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <new>
+
+namespace orvane {
+namespace {
+
+TEST(Memory, isNoMoreThanTheMachineHas) {
+  const auto physical = static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) *
+                        static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+  EXPECT_GT(Memory::usable(), 0u);
+  EXPECT_LE(Memory::usable(), physical);
+}
+
+TEST(Memory, isThereForALittle) {
+  EXPECT_NO_THROW(Memory::require(0));
+  EXPECT_NO_THROW(Memory::require(1 << 20));
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they reserve too much
+
+/// Ends the process with status 0 when so much is refused.
+[[noreturn]] void requireUnderLimit(std::size_t bytes, rlim_t limit) {
+  const rlimit addressSpace{limit, limit};
+  setrlimit(RLIMIT_AS, &addressSpace);
+  try {
+    Memory::require(bytes);
+  } catch (const std::bad_alloc&) {
+    _exit(0);
+  }
+  _exit(1);
+}
+
+TEST(Memory, isRefusedWhereItCannotBeHad) {
+  constexpr std::size_t gigabyte = std::size_t{1} << 30;
+  EXPECT_EXIT(requireUnderLimit(4 * gigabyte, 2 * gigabyte), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(requireUnderLimit(gigabyte / 4, 2 * gigabyte), testing::ExitedWithCode(1), "");
+}
+
+#endif
+
+}  // namespace
+}  // namespace orvane
