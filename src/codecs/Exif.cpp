@@ -15,7 +15,7 @@ using ExifDataHandle = Handle<ExifData, exif_data_unref>;
 
 constexpr std::array<std::uint8_t, 6> identifier{'E', 'x', 'i', 'f', 0, 0};
 
-/// libexif looks for the identifier.
+/// libexif reads only blocks that begin with the identifier.
 Bytes withIdentifier(ByteView block) {
   Bytes bytes;
   bytes.reserve(identifier.size() + block.size());
@@ -27,7 +27,7 @@ Bytes withIdentifier(ByteView block) {
 ExifDataHandle load(ByteView block) {
   ExifDataHandle data(exif_data_new());
   if (!data) throw std::bad_alloc();
-  // What stands there, not what libexif would put right: missing tags, types and values.
+  // Keeps the tags as they are stored: libexif would add missing ones and correct types and values.
   exif_data_unset_option(data.get(), EXIF_DATA_OPTION_FOLLOW_SPECIFICATION);
   const Bytes bytes = withIdentifier(block);
   exif_data_load_data(data.get(), bytes.data(), static_cast<unsigned>(bytes.size()));

@@ -7,9 +7,9 @@ namespace orvane::Exif {
 /// Whether `bytes` begin with "Exif\0\0", the identifier of EXIF's APP1 segments.
 bool hasIdentifier(ByteView bytes);
 
-/// The orientation in an EXIF block (CIPA DC-008), given from its TIFF header ("II*\0" or "MM\0*")
-/// on, with or without "Exif\0\0" before it. The number that stands there, or 1 when the block is
-/// broken or says nothing.
+/// The orientation in an EXIF block (CIPA DC-008), from its TIFF header ("II*\0" or "MM\0*") on,
+/// with or without "Exif\0\0" before it. Returns the stored number, or 1 when the block is broken
+/// or has none.
 int orientation(ByteView block);
 
 }  // namespace orvane::Exif

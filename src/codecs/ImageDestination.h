@@ -9,26 +9,26 @@
 
 namespace orvane {
 
-/// The picture could not be written in this format: a side that it cannot hold, an encoder that is
-/// missing or gave up. `what()` says why, for developers.
+/// The picture could not be written in this format: a side is too long, or an encoder is missing or
+/// failed. `what()` says why, for developers.
 class UnwritableImage : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// One row of the table of formats that are written from the picture in one quality.
+/// One row of the table of formats that are encoded from an image at one quality.
 struct ImageDestination {
   enum class Alpha {
     kept,
-    none,  ///< `encode` is to be given opaque pictures
+    none,  ///< `encode` takes opaque pictures only
   };
   Alpha alpha;
 
   /// Given to `encode` for a quality of 1.
   double maximumQuality;
 
-  /// Takes a picture of any layout and depth (see RowRenderer), writes it in its rendering space
-  /// and says which that is where it is not sRGB. `quality` 0…1 means the same look in every
+  /// Takes a picture of any layout and depth (see RowRenderer) and writes it in its rendering
+  /// space, which the file names unless it is sRGB. `quality` 0…1 means the same look in every
   /// format. Throws UnwritableImage, std::bad_alloc.
   Bytes (*encode)(const Image& image, const PictureMeasurements& measurements, double quality);
 

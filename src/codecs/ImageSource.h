@@ -10,15 +10,15 @@
 
 namespace orvane {
 
-/// The bytes are no picture that can be read, or not a whole one. `what()` says why, for
+/// The bytes are no readable picture, or an incomplete one. `what()` says why, for
 /// developers.
 class UnreadableImage : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// One file whose header has been read and found good: its first picture has a size within
-/// ImageLimits. Refers to the file's bytes, which must outlive it. One thread at a time.
+/// One file with a good header: its first picture has a size within ImageLimits. Refers to the
+/// file's bytes, which must outlive it. One thread at a time.
 class ImageSource {
  public:
   virtual ~ImageSource() = default;

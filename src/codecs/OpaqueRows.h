@@ -8,10 +8,10 @@
 
 namespace orvane {
 
-/// The rows of one picture as encoders without alpha take them: 8-bit R, G, B and a fourth byte
-/// that means nothing, in the picture's rendering space. Rows that the picture holds like that are
-/// not copied, others are rendered as they are read; what is not opaque is shown on black. Refers
-/// to the picture, which must outlive it. Not for use by several threads at once.
+/// The rows of one picture for encoders without alpha: 8-bit R, G, B and an unused fourth byte, in
+/// the picture's rendering space. Rows that the picture stores in this form are not copied; others
+/// are rendered when they are read, pixels that are not opaque on black. Refers to the picture,
+/// which must outlive it. Not for use by several threads at once.
 class OpaqueRows {
  public:
   static constexpr std::size_t maximumCount = 16;  ///< rows at once
@@ -29,7 +29,7 @@ class OpaqueRows {
  private:
   const Image& image_;
   ColorSpacePtr colorSpace_;
-  std::optional<RowRenderer> renderer_;  ///< where the picture's own rows will not do
+  std::optional<RowRenderer> renderer_;  ///< for pictures in another form
   Bytes rendered_;
   std::array<const std::uint8_t*, maximumCount> rows_{};
 };

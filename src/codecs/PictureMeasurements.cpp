@@ -48,8 +48,7 @@ bool holdsEdge(const std::uint8_t* upper, const std::uint8_t* lower) {
   return std::max(blue.size(), red.size()) > edge;
 }
 
-/// Odd, so that the grid does not fall in step with the regular layouts that people and programs
-/// draw.
+/// Odd, so that the grid does not fall in step with regular layouts.
 std::size_t gridStep(std::size_t columns, std::size_t rows) {
   std::size_t step = 1;
   while ((columns / step) * (rows / step) > maximumBlocks) step += 2;

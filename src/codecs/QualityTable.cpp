@@ -28,8 +28,7 @@ constexpr QualityPoint avifQuantizerTunedForImagesTable[]{
     {0.95, 7},    {0.98, 3.8},  {1.00, 1},
 };
 
-// Above 0.95, where 4:2:0 chroma keeps scores from rising much, finer steps cost more than they
-// give.
+// Above 0.95, 4:2:0 chroma limits the score, and finer steps cost more than they gain.
 constexpr QualityPoint heicRateFactorTable[]{
     {0.00, 41},    {0.30, 35.94}, {0.40, 34.52}, {0.50, 33.18}, {0.60, 31.44}, {0.70, 29.53},
     {0.75, 28.23}, {0.80, 26.24}, {0.85, 23.78}, {0.90, 20.3},  {0.95, 13.6},  {1.00, 11.5},

@@ -4,14 +4,14 @@
 
 namespace orvane {
 
-/// From a quality that means the same look in every format to one encoder's own setting.
+/// One encoder's own setting for a quality that means the same look in every format.
 struct QualityPoint {
   double quality;  ///< 0…1
   double setting;
 };
 
 /// The tables, rising in quality, the first at 0 and the last at 1. `bench/calibrate` measures and
-/// rewrites them; there is one for each generation of a library that asks for other settings.
+/// rewrites them. A generation of a library that needs other settings has a table of its own.
 namespace QualityTables {
 
 std::span<const QualityPoint> jpegStepScale();
@@ -25,8 +25,7 @@ std::span<const QualityPoint> heicRateFactor();
 
 }  // namespace QualityTables
 
-/// The setting on the straight line between the two nearest points; qualities outside 0…1 count as
-/// the nearest, and so does one that is not a number as 0.
+/// Interpolates between the two nearest points. Qualities outside 0…1 are clamped; NaN counts as 0.
 double settingAt(std::span<const QualityPoint> table, double quality);
 
 }  // namespace orvane

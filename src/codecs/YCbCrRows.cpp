@@ -7,8 +7,8 @@ namespace orvane::YCbCrRows {
 namespace {
 
 /// BT.601-7, 2.5.1: Kr = 0.299, Kb = 0.114; Cb = (B − Y) / 1.772, Cr = (R − Y) / 1.402. In units of
-/// 2^-16, so that grey has no chroma and white is 255: the luma weights make 65536, the chroma
-/// weights 0.
+/// 2^-16. The luma weights sum to 65536, so that white is 255; the chroma weights sum to 0, so that
+/// grey has no chroma.
 struct Weights {
   int red, green, blue;
 };
@@ -22,7 +22,7 @@ constexpr int weighted(const Weights& weights, int red, int green, int blue) {
   return weights.red * red + weights.green * green + weights.blue * blue;
 }
 
-/// Rounded, and moved to 0…255 about 128.
+/// A chroma value, rounded and offset by 128.
 std::uint8_t chromaSample(const Weights& weights, const std::array<int, 3>& color) {
   const int value = weighted(weights, color[0], color[1], color[2]) + 128 * unit + half;
   return static_cast<std::uint8_t>(std::min(value / unit, 255));
@@ -43,7 +43,7 @@ std::array<int, 3> mean(const Block& pixels) {
   return color;
 }
 
-/// Weighted with alpha; the plain mean where all are transparent.
+/// The mean weighted with alpha; the plain mean when all four are transparent.
 std::array<int, 3> meanOfVisible(const Block& pixels) {
   const int weight = pixels[0][3] + pixels[1][3] + pixels[2][3] + pixels[3][3];
   if (weight == 0) return mean(pixels);

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// RGB to YCbCr with the matrix of Rec. ITU-R BT.601 in full range, 8 bits. Rows of R, G, B, A come
-/// in, rows of planes go out.
+/// Rows of 8-bit R, G, B, A to rows of YCbCr planes, by the matrix of Rec. ITU-R BT.601, full
+/// range.
 namespace orvane::YCbCrRows {
 
 /// One row: `width` samples.
@@ -12,7 +12,7 @@ void writeLuma(const std::uint8_t* rgba, std::size_t width, std::uint8_t* luma);
 void writeAlpha(const std::uint8_t* rgba, std::size_t width, std::uint8_t* alpha);
 
 /// One row of 4:2:0 chroma, (width + 1) / 2 samples, from the two rows that share it: the mean of
-/// each four pixels, transparent ones counting less. A last row without a partner is given twice.
+/// each four pixels, weighted with alpha. For a last row without a partner, pass it twice.
 void writeChroma(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t width,
                  std::uint8_t* cb, std::uint8_t* cr);
 

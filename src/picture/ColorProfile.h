@@ -7,9 +7,8 @@
 
 namespace orvane::ColorProfile {
 
-/// The ICC profile that the tool's own encoders embed for `colorSpace`: none for sRGB and extended
-/// sRGB (what readers assume), the space's own otherwise, none when it has none. The view lives as
-/// long as the colour space.
+/// The ICC profile that the tool's own encoders embed for `colorSpace`: the space's own, but none
+/// for sRGB and extended sRGB, which readers assume. The view lives as long as the colour space.
 std::optional<ByteView> embeddableICC(const ColorSpace& colorSpace);
 
 }  // namespace orvane::ColorProfile

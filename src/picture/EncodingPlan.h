@@ -5,7 +5,7 @@
 
 namespace orvane {
 
-/// How one picture is to be encoded: everything that the encoders need to know beside the pixels.
+/// How one picture is to be encoded.
 struct EncodingPlan {
   struct Lossy {
     double quality = 0;  ///< codec quality, 0…100

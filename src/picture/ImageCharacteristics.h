@@ -4,7 +4,7 @@
 
 namespace orvane {
 
-/// What kind of picture it is. The order counts: planning tests ranges of it.
+/// The kind of a picture. Planning tests ranges, so the order of the cases counts.
 enum class ContentClass : std::uint8_t {
   flatGraphic,    ///< few colours, mostly flat areas: icons, logos
   screenContent,  ///< large flat areas with hard edges: screenshots, text
@@ -13,7 +13,7 @@ enum class ContentClass : std::uint8_t {
   detailedPhoto,  ///< photographic content with strong fine detail or noise
 };
 
-/// Statistics of a sparse grid of samples of one picture, and the verdict drawn from them.
+/// Statistics of a sparse grid of samples of one picture, and the class drawn from them.
 struct ImageCharacteristics {
   std::int64_t width = 0;   ///< pixels
   std::int64_t height = 0;  ///< pixels

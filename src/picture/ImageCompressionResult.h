@@ -6,7 +6,7 @@
 
 namespace orvane {
 
-/// What became of one input file.
+/// The outcome of one input file.
 struct ImageCompressionResult {
   std::string path;  ///< as it was given
   std::int64_t originalSizeBytes = 0;

@@ -23,7 +23,7 @@ class ImageFormat {
   /// The format whose raw value is `rawValue`, byte for byte; there are no aliases.
   static std::optional<ImageFormat> fromRawValue(std::string_view rawValue);
 
-  /// The format named by something that a person typed: the raw value in any letter case.
+  /// The format that a person typed: the raw value in any letter case.
   static std::optional<ImageFormat> fromUserText(std::string_view text);
 
   /// The format of a source, from the type identifier that its `ImageSource` reports.
@@ -32,16 +32,16 @@ class ImageFormat {
   /// The raw values of all formats in order, with `separator` between them.
   static std::string joinedRawValues(std::string_view separator);
 
-  /// What is typed and stored: "jpeg". Lower-case ASCII.
+  /// The name that is typed and stored, in lower-case ASCII: "jpeg".
   std::string_view rawValue() const;
 
-  /// What output files are called, without the dot: "jpg" for JPEG.
+  /// The extension of output files, without the dot: "jpg" for JPEG.
   std::string_view fileExtension() const;
 
   /// Uniform type identifier: "public.jpeg".
   std::string_view typeIdentifier() const;
 
-  /// What messages show: "JPEG XL".
+  /// The name in messages: "JPEG XL".
   std::string_view displayName() const;
 
   /// Identity in lists: the raw value.

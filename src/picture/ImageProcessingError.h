@@ -5,7 +5,7 @@
 
 namespace orvane {
 
-/// What can go wrong between the bytes of a source and the bytes of an output.
+/// A failure between the bytes of a source and the bytes of an output.
 class ImageProcessingError : public LocalizedError {
  public:
   enum class Case { encodingFailed, contextCreationFailed, decodingFailed };

@@ -11,7 +11,7 @@
 namespace orvane {
 namespace {
 
-/// Above this many pixels a picture is not worth a 16-bit rendering.
+/// Above this many pixels the 16-bit rendering would take too much memory (8 bytes a pixel).
 constexpr std::size_t maximumDitheredPixels = 40'000'000;
 
 /// The classic 8×8 Bayer index matrix times 4: thresholds 0…252 for one step of 8 bits in 16.
@@ -38,7 +38,9 @@ constexpr std::array<double, 256> makeStraightFactors() {
 }
 constexpr std::array<double, 256> straightFactors = makeStraightFactors();
 
-/// Premultiplied to straight, in place. Whether any pixel is not opaque.
+/// Premultiplied to straight, in place. Returns whether any pixel is not opaque. The factor is a
+/// rounded double: the quotient of integers, which RowRenderer takes, rounds some values the other
+/// way, and outputs must not change.
 bool unpremultiply(std::span<std::uint8_t> pixels) {
   bool hasAlpha = false;
   for (std::size_t at = 0; at < pixels.size(); at += 4) {
@@ -47,7 +49,7 @@ bool unpremultiply(std::span<std::uint8_t> pixels) {
     hasAlpha = true;
     const double factor = straightFactors[alpha];
     for (std::size_t c = 0; c < 3; ++c) {
-      // Not negative, so that adding a half and cutting off rounds halves away from zero.
+      // The product is not negative: adding a half and truncating rounds halves away from zero.
       const auto straight = static_cast<int>(factor * pixels[at + c] + 0.5);
       pixels[at + c] = static_cast<std::uint8_t>(std::min(straight, 255));
     }
@@ -55,7 +57,7 @@ bool unpremultiply(std::span<std::uint8_t> pixels) {
   return hasAlpha;
 }
 
-/// One row of 16-bit values to 8 bits, by the thresholds of row `y` of the matrix.
+/// Dithers one row of 16-bit values to 8 bits by the thresholds of row `y` of the matrix.
 void dither(std::span<const std::uint16_t> row, std::size_t y, std::uint8_t* out) {
   const std::int32_t* thresholds = &bayer8[y % 8 * 8];
   for (std::size_t at = 0; at < row.size(); ++at) {
@@ -64,7 +66,7 @@ void dither(std::span<const std::uint16_t> row, std::size_t y, std::uint8_t* out
   }
 }
 
-/// Renders row by row at 16 bits and dithers each. Whether any pixel is not opaque.
+/// Renders each row at 16 bits and dithers it. Returns whether any pixel is not opaque.
 bool renderDithered(const Image& image, const ColorSpacePtr& space, std::uint8_t* pixels) {
   RowRenderer renderer(image, space, 16, RowRenderer::AlphaForm::premultiplied);
   std::vector<std::uint16_t> deepRow(image.width * 4);

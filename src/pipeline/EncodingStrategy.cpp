@@ -12,7 +12,7 @@ namespace {
 constexpr std::int64_t maximumThoroughPixels = 2'000'000;
 constexpr std::int64_t maximumBalancedPixels = 12'000'000;
 
-/// Overflow is a mistake in this program and ends it.
+/// Ends the process on overflow: ImageLimits keeps every picture far below it.
 std::int64_t pixelCount(const ImageCharacteristics& characteristics) {
   std::int64_t pixels = 0;
   if (__builtin_mul_overflow(characteristics.width, characteristics.height, &pixels)) std::abort();
@@ -79,7 +79,7 @@ float ditheringLevel(const ImageCharacteristics& characteristics) {
 struct SecondAttempt {
   std::int64_t maximumPixels;
   bool firstIsLossless;
-  bool losslessMayBeSmaller;  ///< counts when the first attempt is lossy
+  bool losslessMayBeSmaller;  ///< read only when the first attempt is lossy
 };
 
 SecondAttempt secondAttempt(const EncodingPlan& plan, const ImageCharacteristics& characteristics,

@@ -6,7 +6,7 @@
 
 namespace orvane::EncodingStrategy {
 
-/// Turns one perceptual quality (0…100; anything beyond is clamped) into a plan for `format`.
+/// Turns one perceptual quality (0…100; other values are clamped) into a plan for `format`.
 EncodingPlan plan(const ImageCharacteristics& characteristics, ImageFormat format,
                   double perceptualQuality);
 

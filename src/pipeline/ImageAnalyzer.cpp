@@ -39,12 +39,12 @@ class ColorCounter {
   static constexpr std::uint32_t goldenRatio = 0x9E3779B1;  ///< 2³² / φ, made odd
 
   std::vector<std::uint32_t> slots_ = std::vector<std::uint32_t>(slotCount, empty);
-  std::uint32_t latest_ = empty;  ///< neighbours are often alike
+  std::uint32_t latest_ = empty;  ///< spares the search: neighbours are often alike
   std::int64_t count_ = 0;
 };
 
-/// Luma by ITU-R BT.601, from products made once. They are added from the left: the order is part
-/// of the result.
+/// The products of luma (ITU-R BT.601), made once. `luma` adds them from left to right: another
+/// order rounds differently, and a gradient of exactly 0 would be missed.
 struct LumaTables {
   std::array<double, 256> red, green, blue;
 };
@@ -64,7 +64,7 @@ double luma(const std::uint8_t* pixel) {
   return lumaTables.red[pixel[0]] + lumaTables.green[pixel[1]] + lumaTables.blue[pixel[2]];
 }
 
-/// What the samples seen so far come to.
+/// Sums over the samples.
 struct Tally {
   std::int64_t samples = 0;
   std::int64_t flat = 0;
@@ -95,13 +95,13 @@ struct Tally {
   }
 };
 
-/// Between samples, along both axes.
+/// Pixels from one sample to the next, along both axes.
 std::size_t samplingStride(const RGBABuffer& buffer) {
   const auto pixels = static_cast<double>(buffer.width * buffer.height);
   return static_cast<std::size_t>(std::ceil(std::sqrt(pixels / maximumSamples)));
 }
 
-/// The border is left out: every sample has four neighbours.
+/// Leaves the border out, so that every sample has four neighbours.
 Tally tally(const RGBABuffer& buffer) {
   const std::size_t step = samplingStride(buffer);
   const std::size_t stride = buffer.width * 4;
@@ -113,7 +113,8 @@ Tally tally(const RGBABuffer& buffer) {
   return tally;
 }
 
-/// First match wins.
+/// The first class that matches. Flat graphics have up to 4096 colours; counting goes on to 16384
+/// to tell pictures of very many colours from those of merely more than 4096.
 ContentClass contentClass(const ImageCharacteristics& statistics) {
   if (!statistics.uniqueColorsCapped && statistics.uniqueColorCount <= 4096 &&
       statistics.flatFraction > 0.45) {

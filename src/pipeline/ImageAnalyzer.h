@@ -5,7 +5,7 @@
 
 namespace orvane::ImageAnalyzer {
 
-/// One pass over a grid of at most about 1.2 million samples. Cannot fail.
+/// Samples the picture in one pass over a grid of at most about 1.2 million pixels. Cannot fail.
 ImageCharacteristics analyze(const RGBABuffer& buffer);
 
 }  // namespace orvane::ImageAnalyzer

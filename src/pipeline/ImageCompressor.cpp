@@ -15,7 +15,7 @@
 namespace orvane::ImageCompressor {
 namespace {
 
-/// From this perceptual quality on, a file that can be repacked without loss is.
+/// From this perceptual quality on, a file is repacked without loss where the output format can.
 constexpr double repackingQuality = 90;
 
 std::optional<Bytes> repacked(ByteView file, ImageFormat source, const OutputFormat& output,
@@ -27,7 +27,7 @@ std::optional<Bytes> repacked(ByteView file, ImageFormat source, const OutputFor
   return repacking->repack(file, effort);
 }
 
-/// Lets go of the pixels that are not encoded.
+/// Frees the pixels of the form that is not encoded.
 void releaseOther(Picture& picture, OutputFormat::Input encoded) {
   switch (encoded) {
     case OutputFormat::Input::buffer:

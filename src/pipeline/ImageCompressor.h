@@ -14,7 +14,7 @@ namespace orvane::ImageCompressor {
 std::int64_t fileSize(const std::string& path);
 
 /// Compresses one file into the folder `to`, under `destinationFilename` or, without one, under its
-/// own base name with the format's extension. Never throws: what goes wrong is the result's
+/// own base name with the format's extension. Never throws: a failure becomes the result's
 /// `error`. Any number of calls may run at once.
 ImageCompressionResult compress(const std::string& path, const FileURL& to, ImageFormat format,
                                 double quality,

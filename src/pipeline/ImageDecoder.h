@@ -9,7 +9,7 @@
 namespace orvane::ImageDecoder {
 
 struct DecodedImage {
-  ImageFormat format;  ///< what the source is, by its content
+  ImageFormat format;  ///< of the source, told by its content
   Image image;         ///< upright
   std::size_t frameCount;
 };

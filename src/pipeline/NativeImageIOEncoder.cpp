@@ -28,7 +28,7 @@ std::optional<Image> opaqueCopy(const Image& image, Backdrop backdrop) try {
   return std::nullopt;
 }
 
-/// 0…1. NaN is 0.
+/// The codec quality, 0…100, as 0…1; NaN becomes 0.
 double destinationQuality(double codecQuality, const ImageDestination& destination) {
   const double quality = codecQuality / 100;
   if (!(quality > 0)) return 0;

@@ -38,13 +38,13 @@ Bytes encodeNative(const Picture& picture, const EncodingPlan& plan, PNGForm) {
                                       picture.characteristics);
 }
 
-/// PNG clause 11.2.1.
+/// PNG clause 11.2.1: sides have 31 bits.
 constexpr OutputFormat png{.format = ImageFormat::png,
                            .input = OutputFormat::Input::buffer,
                            .maximumSide = 0x7FFFFFFF,
                            .encodeForm = encodePNG};
 
-/// libjpeg's JPEG_MAX_DIMENSION; ITU-T T.81 has 16 bits for a side.
+/// The side is libjpeg's JPEG_MAX_DIMENSION. ITU-T T.81 would allow 65 535.
 constexpr OutputFormat jpeg{.format = ImageFormat::jpeg,
                             .input = OutputFormat::Input::image,
                             .maximumSide = 65500,
@@ -63,13 +63,13 @@ constexpr OutputFormat avif{.format = ImageFormat::avif,
                             .maximumSide = 65536,
                             .encodeForm = encodeNative<ImageFormat::avif>};
 
-/// RFC 9649, 2.6: 14 bits.
+/// RFC 9649, 2.6: sides have 14 bits.
 constexpr OutputFormat webp{.format = ImageFormat::webp,
                             .input = OutputFormat::Input::buffer,
                             .maximumSide = 16383,
                             .encodeForm = encodeWebP};
 
-/// ISO/IEC 18181-1, annex M: level 10.
+/// ISO/IEC 18181-1, annex M: the limit of level 10.
 constexpr OutputFormat jxl{.format = ImageFormat::jxl,
                            .input = OutputFormat::Input::buffer,
                            .maximumSide = std::size_t{1} << 30,

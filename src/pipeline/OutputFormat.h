@@ -23,22 +23,23 @@ struct Picture {
 struct OutputFormat {
   enum class Input { buffer, image };
 
-  /// A format whose files can be repacked without loss, and how: nothing where a file cannot.
+  /// The source format whose files can be repacked without loss. `repack` gives nothing for a file
+  /// that cannot.
   struct Repacking {
     ImageFormat source;
     std::optional<Bytes> (*repack)(ByteView file, EncodingPlan::Effort effort);
   };
 
   ImageFormat format;
-  Input input;              ///< the form that is encoded; the pixels of the other one may go
+  Input input;              ///< the form that `encode` reads
   std::size_t maximumSide;  ///< pixels
   Bytes (*encodeForm)(const Picture& picture, const EncodingPlan& plan, PNGForm pngForm);
   std::optional<Repacking> repacking;
 
   static const OutputFormat& of(ImageFormat format);
 
-  /// Throws ImageProcessingError::encodingFailed, also for a side that is too long and where there
-  /// is too little memory.
+  /// Throws ImageProcessingError::encodingFailed for every failure, also for a side past
+  /// `maximumSide` and for a lack of memory. `pngForm` counts for PNG only.
   Bytes encode(const Picture& picture, const EncodingPlan& plan, PNGForm pngForm) const;
 };
 

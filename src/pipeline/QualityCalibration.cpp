@@ -8,7 +8,8 @@
 namespace orvane::QualityCalibration {
 namespace {
 
-/// How much the calibration counts: 0 keeps the perceptual number, 1 takes the calibrated one.
+/// The share of the calibrated number in the result. It is 0 by design: the perceptual number is
+/// used as it is, and this one constant switches the calibration on.
 constexpr double blendWeight = 0.0;
 
 constexpr std::size_t codecCount = 4;
@@ -32,7 +33,7 @@ constexpr std::array<Anchor, 9> anchors{{
     {90, {90, 90, 93, 99}},
 }};
 
-/// Per 10 points above the last anchor: all codecs reach 100 together.
+/// Steps per 10 points above the last anchor, chosen so that every codec reaches 100 at 100.
 constexpr CodecValues finalSlopes{10, 10, 7, 1};
 
 std::optional<std::size_t> codecIndex(ImageFormat format) {
@@ -52,7 +53,7 @@ std::optional<std::size_t> codecIndex(ImageFormat format) {
   return std::nullopt;
 }
 
-/// To 0…100; not a number is 0.
+/// Limits to 0…100; NaN becomes 0.
 double clamped(double quality) { return quality > 0 ? std::min(quality, 100.0) : 0; }
 
 }  // namespace
