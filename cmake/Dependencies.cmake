@@ -12,7 +12,7 @@ foreach(module IN LISTS modules)
 endforeach()
 find_package(nlohmann_json REQUIRED)
 
-add_library(orvane-codecs INTERFACE)
+add_library(orvane-dependencies INTERFACE)
 list(TRANSFORM modules PREPEND PkgConfig::)
-target_link_libraries(orvane-codecs INTERFACE
+target_link_libraries(orvane-dependencies INTERFACE
   ${modules} nlohmann_json::nlohmann_json OpenMP::OpenMP_CXX Threads::Threads)
