@@ -1,0 +1,13 @@
+# Sanitizers for everything that is compiled here. Programs link orvane-sanitizers.
+set(ORVANE_SANITIZERS "" CACHE STRING "Sanitizers, as -fsanitize names them: address,undefined or thread")
+
+if(ORVANE_SANITIZERS)
+  add_compile_options(
+    -fsanitize=${ORVANE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer
+    # GCC takes what its sanitizers insert for uses of variables without a value.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+  add_link_options(-fsanitize=${ORVANE_SANITIZERS})
+  add_library(orvane-sanitizers OBJECT ${CMAKE_CURRENT_LIST_DIR}/SanitizerDefaults.cpp)
+else()
+  add_library(orvane-sanitizers INTERFACE)
+endif()
