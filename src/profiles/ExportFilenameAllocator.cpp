@@ -8,12 +8,12 @@ std::string ExportFilenameAllocator::filename(std::string_view baseName,
                                               std::string_view fileExtension) {
   const std::string base(baseName);
   const std::string ending = "." + std::string(fileExtension);
-  const std::string unnumbered = base + ending;
+  std::string unnumbered = base + ending;
   if (take(unnumbered)) return unnumbered;
 
   std::uint64_t& number = nextNumbers_.try_emplace(unnumbered, 2).first->second;
   while (true) {
-    const std::string numbered = base + "-" + std::to_string(number++) + ending;
+    std::string numbered = base + "-" + std::to_string(number++) + ending;
     if (take(numbered)) return numbered;
   }
 }

@@ -74,7 +74,7 @@ int getBuffer(de265_decoder_context*, de265_image_spec* spec, de265_image* image
       de265_set_image_plane(image, static_cast<int>(i), plane.memory(),
                             static_cast<int>(plane.bytesPerRow()), planes.get());
     }
-    planes.release();
+    static_cast<void>(planes.release());
     return 1;
   } catch (const std::exception&) {
     return 0;
