@@ -1,13 +1,10 @@
 #pragma once
 
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "picture/ImageFormat.h"
-#include "platform/foundation/Bytes.h"
 #include "platform/foundation/FileURL.h"
 #include "platform/foundation/UUID.h"
 
@@ -31,12 +28,5 @@ struct ExportProfile {
 
   bool operator==(const ExportProfile&) const = default;
 };
-
-/// The JSON array, on one line without spaces. Nothing when a quality is NaN or infinite.
-std::optional<std::string> encodeProfiles(std::span<const ExportProfile> profiles);
-
-/// The profiles of a JSON array in UTF-8, whatever its layout, its order of keys, and keys unknown
-/// here. Nothing when any part of it is malformed, missing or of the wrong type.
-std::optional<std::vector<ExportProfile>> decodeProfiles(ByteView bytes);
 
 }  // namespace orvane

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/FileError.h"
 #include "platform/foundation/Files.h"
+#include "profiles/ExportProfileJSON.h"
 
 namespace orvane {
 namespace {
@@ -29,7 +30,7 @@ const FileURL& folder() {
 }
 
 void save(std::span<const ExportProfile> list, std::string_view filename) {
-  const auto json = encodeProfiles(list);
+  const auto json = ExportProfileJSON::encode(list);
   if (!json) return;
   Files::createFolders(folder().path());
   try {
@@ -42,7 +43,8 @@ void save(std::span<const ExportProfile> list, std::string_view filename) {
 std::vector<ExportProfile> loadProfiles() {
   const FileURL file = folder().appending(profilesFilename);
   try {
-    return decodeProfiles(Files::readWhole(file.path())).value_or(std::vector<ExportProfile>());
+    return ExportProfileJSON::decode(Files::readWhole(file.path()))
+        .value_or(std::vector<ExportProfile>());
   } catch (const std::exception&) {
     return {};  // FileError, or no memory for so large a file
   }

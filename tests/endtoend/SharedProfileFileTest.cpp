@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <thread>
 
-#include "profiles/ExportProfile.h"
+#include "profiles/ExportProfileJSON.h"
 #include "support/RunTool.h"
 
 namespace orvane {
@@ -40,7 +40,7 @@ TEST(SharedProfileFile, isWholeWheneverItIsRead) {
   });
   std::size_t shortReads = 0, longReads = 0, brokenReads = 0;
   while (!ended) {
-    const auto profiles = decodeProfiles(readFile(tool.profileFile()));
+    const auto profiles = ExportProfileJSON::decode(readFile(tool.profileFile()));
     const std::string name = profiles && profiles->size() == 1 ? profiles->front().name : "";
     ++(name == shortName ? shortReads : name == longName ? longReads : brokenReads);
   }
@@ -60,7 +60,7 @@ TEST(SharedProfileFile, survivesWritersThatRunAtTheSameTime) {
   }
   for (std::thread& writer : writers) writer.join();
   // The last one wins; what it kept of the others depends on their speed.
-  const auto profiles = decodeProfiles(readFile(tool.profileFile()));
+  const auto profiles = ExportProfileJSON::decode(readFile(tool.profileFile()));
   ASSERT_TRUE(profiles);
   EXPECT_GE(profiles->size(), 1u);
   const auto entries = fs::directory_iterator(tool.profileFile().parent_path());

@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "profiles/ExportProfileJSON.h"
 #include "support/ProfileStoreTest.h"
 #include "support/TemporaryFolder.h"
 
@@ -44,7 +45,7 @@ TEST_F(JSONFileStoreTest, createsTheFolderAndTheFile) {
   const auto profiles = twoProfiles();
   save(profiles);
   EXPECT_EQ(JSONFileStore::loadProfiles(), profiles);
-  EXPECT_EQ(profilesText(), encodeProfiles(profiles));
+  EXPECT_EQ(profilesText(), ExportProfileJSON::encode(profiles));
 }
 
 TEST_F(JSONFileStoreTest, replacesTheFileWholeAndReadsItAfresh) {
@@ -52,7 +53,7 @@ TEST_F(JSONFileStoreTest, replacesTheFileWholeAndReadsItAfresh) {
   save({});
   EXPECT_EQ(profilesText(), "[]");
   EXPECT_EQ(JSONFileStore::loadProfiles(), std::vector<ExportProfile>());
-  writeProfiles(*encodeProfiles(twoProfiles()));
+  writeProfiles(*ExportProfileJSON::encode(twoProfiles()));
   EXPECT_EQ(JSONFileStore::loadProfiles().size(), 2u);
 }
 

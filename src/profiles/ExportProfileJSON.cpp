@@ -1,0 +1,96 @@
+#include "profiles/ExportProfileJSON.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+#include "profiles/JSONText.h"
+
+namespace orvane::ExportProfileJSON {
+namespace {
+
+using nlohmann::json;
+
+std::string encodedProfile(const ExportProfile& profile) {
+  std::string object = "{\"id\":" + JSONText::string(profile.id.string()) +
+                       ",\"name\":" + JSONText::string(profile.name) +
+                       ",\"format\":" + JSONText::string(profile.format.rawValue()) +
+                       ",\"quality\":" + JSONText::number(profile.quality);
+  if (profile.destinationFolderURL) {
+    object += ",\"destinationFolder\":" + JSONText::string(*profile.destinationFolderURL);
+  }
+  return object + ",\"isDefault\":" + (profile.isDefault ? "true" : "false") + "}";
+}
+
+/// A value that is written in the file but is none that its key may have.
+struct UnusableValue : std::exception {};
+
+template <typename Value>
+Value orUnusable(std::optional<Value> value) {
+  if (!value) throw UnusableValue();
+  return *std::move(value);
+}
+
+/// The value of an optional key; null is as good as absent.
+const json* find(const json& object, const char* key) {
+  const auto found = object.find(key);
+  return found == object.end() || found->is_null() ? nullptr : &*found;
+}
+
+bool isHexadecimalPair(std::string_view digits) {
+  return digits.size() == 2 && digits.find_first_not_of("0123456789ABCDEFabcdef") == digits.npos;
+}
+
+/// Characters and escapes of RFC 3986. Brackets are left out: they stand around the host alone,
+/// never in the address of a folder.
+bool isURL(std::string_view text) {
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const bool isVisibleASCII = text[at] > ' ' && text[at] <= '~';
+    if (!isVisibleASCII || std::string_view("\"<>[\\]^`{|}").find(text[at]) != text.npos) {
+      return false;
+    }
+    if (text[at] == '%' && !isHexadecimalPair(text.substr(at + 1, 2))) return false;
+  }
+  return !text.empty();
+}
+
+/// Throws json::exception for a missing key and a wrong type, UnusableValue for the rest.
+ExportProfile decodedProfile(const json& object) {
+  ExportProfile profile{
+      .id = orUnusable(UUID::fromString(object.at("id").get<std::string>())),
+      .name = object.at("name").get<std::string>(),
+      .format = orUnusable(ImageFormat::fromRawValue(object.at("format").get<std::string>())),
+      .quality = object.at("quality").get<double>()};
+  if (const json* url = find(object, "destinationFolder")) {
+    profile.destinationFolderURL = url->get<std::string>();
+    if (!profile.destinationFolder() && !isURL(*profile.destinationFolderURL)) {
+      throw UnusableValue();
+    }
+  }
+  if (const json* flag = find(object, "isDefault")) profile.isDefault = flag->get<bool>();
+  return profile;
+}
+
+}  // namespace
+
+std::optional<std::string> encode(std::span<const ExportProfile> profiles) {
+  std::string objects;
+  for (const ExportProfile& profile : profiles) {
+    if (!std::isfinite(profile.quality)) return std::nullopt;
+    objects += (objects.empty() ? "" : ",") + encodedProfile(profile);
+  }
+  return "[" + objects + "]";
+}
+
+std::optional<std::vector<ExportProfile>> decode(ByteView bytes) try {
+  const json array = json::parse(bytes.begin(), bytes.end());
+  if (!array.is_array()) return std::nullopt;
+  std::vector<ExportProfile> profiles;
+  std::ranges::transform(array, std::back_inserter(profiles), decodedProfile);
+  return profiles;
+} catch (const std::exception&) {
+  return std::nullopt;  // whatever it is: json::exception, UnusableValue, or no memory for it
+}
+
+}  // namespace orvane::ExportProfileJSON
