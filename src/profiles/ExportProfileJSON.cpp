@@ -5,6 +5,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
+#include "platform/foundation/URLReference.h"
 #include "profiles/JSONText.h"
 
 namespace orvane::ExportProfileJSON {
@@ -38,23 +39,6 @@ const json* find(const json& object, const char* key) {
   return found == object.end() || found->is_null() ? nullptr : &*found;
 }
 
-bool isHexadecimalPair(std::string_view digits) {
-  return digits.size() == 2 && digits.find_first_not_of("0123456789ABCDEFabcdef") == digits.npos;
-}
-
-/// Characters and escapes of RFC 3986. Brackets are left out: they stand around the host alone,
-/// never in the address of a folder.
-bool isURL(std::string_view text) {
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const bool isVisibleASCII = text[at] > ' ' && text[at] <= '~';
-    if (!isVisibleASCII || std::string_view("\"<>[\\]^`{|}").find(text[at]) != text.npos) {
-      return false;
-    }
-    if (text[at] == '%' && !isHexadecimalPair(text.substr(at + 1, 2))) return false;
-  }
-  return !text.empty();
-}
-
 /// Throws json::exception for a missing key and a wrong type, UnusableValue for the rest.
 ExportProfile decodedProfile(const json& object) {
   ExportProfile profile{
@@ -64,9 +48,7 @@ ExportProfile decodedProfile(const json& object) {
       .quality = object.at("quality").get<double>()};
   if (const json* url = find(object, "destinationFolder")) {
     profile.destinationFolderURL = url->get<std::string>();
-    if (!profile.destinationFolder() && !isURL(*profile.destinationFolderURL)) {
-      throw UnusableValue();
-    }
+    if (!URLReference::parse(*profile.destinationFolderURL)) throw UnusableValue();
   }
   if (const json* flag = find(object, "isDefault")) profile.isDefault = flag->get<bool>();
   return profile;

@@ -109,7 +109,7 @@ TEST(ExportProfileJSON, takesTheLastOfTwoEqualKeys) {
 TEST(ExportProfileJSON, keepsTheURLOfItsFolderAsItWasRead) {
   for (const std::string url :
        {"smb://server/share/", "file://server/share/x", "Exports", "file:///a%00b/", "file:///x",
-        "FILE://localhost/%7Eme/", "file:///été 1/"}) {
+        "FILE://localhost/%7Eme/", "http://[::1]:8080/x"}) {
     ExportProfile profile = web();
     profile.destinationFolderURL = url;
     EXPECT_EQ(decode(*ExportProfileJSON::encode(std::vector{profile})), std::vector{profile})
@@ -138,6 +138,9 @@ TEST(ExportProfileJSON, discardsTheWholeListForOneBadElement) {
       elementWith(R"("destinationFolder":"not a URL")"),
       elementWith(R"("destinationFolder":"http://[bad")"),
       elementWith(R"("destinationFolder":"http://a/%zz")"),
+      elementWith(R"("destinationFolder":"file:///a b/")"),
+      elementWith(R"("destinationFolder":"file:///a\tb/")"),
+      elementWith(R"("destinationFolder":"file:///été/")"),
       elementWith(R"("destinationFolder":"file:///a%2")"),
       elementWith(R"("destinationFolder":["file:///a/"])"),
       elementWith(R"("isDefault":1)"),

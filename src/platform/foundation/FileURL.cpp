@@ -1,10 +1,10 @@
 #include "platform/foundation/FileURL.h"
 
-#include <charconv>
 #include <filesystem>
 #include <system_error>
 
 #include "platform/foundation/Text.h"
+#include "platform/foundation/URLReference.h"
 
 namespace orvane {
 namespace {
@@ -12,48 +12,6 @@ namespace {
 std::string withoutTrailingSlash(std::string path) {
   while (path.size() > 1 && path.ends_with('/')) path.pop_back();
   return path;
-}
-
-/// RFC 3986, section 3.3: what a path may hold as it is.
-bool isPathCharacter(char character) {
-  const bool isAlphanumeric = (character >= '0' && character <= '9') ||
-                              (character >= 'A' && character <= 'Z') ||
-                              (character >= 'a' && character <= 'z');
-  return isAlphanumeric ||
-         std::string_view("/-._~!$&'()*+,;=:@").find(character) != std::string_view::npos;
-}
-
-std::string percentEncoded(std::string_view path) {
-  constexpr std::string_view hexDigits = "0123456789ABCDEF";
-  std::string encoded;
-  for (const char character : path) {
-    if (isPathCharacter(character)) {
-      encoded += character;
-    } else {
-      const auto byte = static_cast<unsigned char>(character);
-      encoded += {'%', hexDigits[byte >> 4], hexDigits[byte & 15]};
-    }
-  }
-  return encoded;
-}
-
-/// Nothing when an escape is malformed, or stands for a NUL, which no path holds.
-std::optional<std::string> percentDecoded(std::string_view text) {
-  std::string decoded;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (text[at] != '%') {
-      decoded += text[at];
-      continue;
-    }
-    const std::string_view digits = text.substr(at + 1, 2);
-    const char* end = digits.data() + digits.size();
-    unsigned char byte = 0;
-    const auto [stop, error] = std::from_chars(digits.data(), end, byte, 16);
-    if (digits.size() != 2 || stop != end || byte == 0) return std::nullopt;
-    decoded += static_cast<char>(byte);
-    at += 2;
-  }
-  return decoded;
 }
 
 }  // namespace
@@ -66,22 +24,15 @@ FileURL FileURL::fromPath(std::string_view path) {
   return FileURL(withoutTrailingSlash(absolute.lexically_normal()));
 }
 
-std::optional<FileURL> FileURL::fromURLString(std::string_view url) {
-  constexpr std::string_view scheme = "file:";
-  if (Text::lowercased(url.substr(0, scheme.size())) != scheme) return std::nullopt;
-  url.remove_prefix(scheme.size());
-  // A file has no query and no fragment.
-  url = url.substr(0, url.find_first_of("?#"));
-  if (url.starts_with("//")) {
-    url.remove_prefix(2);
-    const std::string_view host = url.substr(0, url.find('/'));
-    if (!host.empty() && Text::lowercased(host) != "localhost") return std::nullopt;
-    url.remove_prefix(host.size());
+std::optional<FileURL> FileURL::fromURLString(std::string_view text) {
+  const auto url = URLReference::parse(text);
+  if (!url || Text::lowercased(url->scheme) != "file") return std::nullopt;
+  if (!url->authority.empty() && Text::lowercased(url->authority) != "localhost") {
+    return std::nullopt;
   }
-  if (!url.starts_with('/')) return std::nullopt;
-  const auto path = percentDecoded(url);
-  if (!path) return std::nullopt;
-  return FileURL(withoutTrailingSlash(*path));
+  const std::string path = percentDecoded(url->path);
+  const bool isPath = path.starts_with('/') && path.find('\0') == path.npos;
+  return isPath ? std::optional(FileURL(withoutTrailingSlash(path))) : std::nullopt;
 }
 
 std::string_view FileURL::lastPathComponent() const {

@@ -13,8 +13,9 @@ class FileURL {
   /// absolute one stays as typed, less a trailing slash. The empty path is the current folder.
   static FileURL fromPath(std::string_view path);
 
-  /// A "file:" URL (RFC 8089) of this machine, percent-decoded; nothing when it is no such URL.
-  static std::optional<FileURL> fromURLString(std::string_view url);
+  /// The path of a "file:" URL (RFC 8089) of this machine. Nothing when `text` is no such URL, or
+  /// when its path holds a NUL.
+  static std::optional<FileURL> fromURLString(std::string_view text);
 
   /// Absolute, without a trailing slash (but for "/" itself).
   const std::string& path() const { return path_; }

@@ -119,7 +119,6 @@ TEST(FileURL, readsEveryFormOfFileURL) {
   EXPECT_EQ(path("file://LocalHost/x"), "/x");
   EXPECT_EQ(path("FILE:///x"), "/x");
   EXPECT_EQ(path("file:///%c3%A9"), "/é");
-  EXPECT_EQ(path("file:///a b"), "/a b");
   EXPECT_EQ(path("file:///x?query#fragment"), "/x");
   EXPECT_EQ(path("file:///"), "/");
 }
@@ -132,9 +131,9 @@ TEST(FileURL, readsNothingElse) {
   }
 }
 
-TEST(FileURL, readsNoMalformedEscapes) {
-  for (const char* text : {"file:///%", "file:///%2", "file:///%zz", "file:///%2g", "file:///%-1",
-                           "file:///a%", "file:///%00"}) {
+TEST(FileURL, readsNoURLThatBreaksTheGrammar) {
+  for (const char* text : {"file:///%", "file:///%2", "file:///a b", "file:///é", "file:///a\tb",
+                           "file:///a\\b", "file:///[x]", "file:///%00"}) {
     EXPECT_FALSE(FileURL::fromURLString(text).has_value()) << text;
   }
 }
