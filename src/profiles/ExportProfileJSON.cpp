@@ -66,6 +66,8 @@ std::optional<std::string> encode(std::span<const ExportProfile> profiles) {
 }
 
 std::optional<std::vector<ExportProfile>> decode(ByteView bytes) try {
+  // The parser would take a NUL for the end of the text and ignore what follows.
+  if (std::ranges::find(bytes, 0) != bytes.end()) return std::nullopt;
   const json array = json::parse(bytes.begin(), bytes.end());
   if (!array.is_array()) return std::nullopt;
   std::vector<ExportProfile> profiles;

@@ -169,7 +169,8 @@ TEST(ExportProfileJSON, isNotReadFromAnythingButAWholeArray) {
   for (const std::string& text :
        {std::string(), std::string("[") + element, "[" + element + "]]", "[" + element + ",]",
         element, std::string("null"), std::string("[NaN]"), "[" + element + "] // all",
-        std::string("[\"\xFF\"]"), std::string("[\"\\ud800\"]")}) {
+        "[" + element + "]" + '\0', "[" + element + "]" + '\0' + "[]", std::string("[\"\xFF\"]"),
+        std::string("[\"\\ud800\"]")}) {
     EXPECT_EQ(decode(text), std::nullopt) << text;
   }
 }
