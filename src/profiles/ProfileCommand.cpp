@@ -40,8 +40,11 @@ double parsedQuality(const OptionalText& typed) {
 OptionalText parsedFolderURL(const OptionalText& typed) {
   if (!typed) return std::nullopt;
   const FileURL folder = FileURL::fromPath(*typed);
-  // In a current folder that is gone, the path stays relative and would mean nothing elsewhere.
-  if (!Files::isFolder(*typed) || !folder.path().starts_with('/')) {
+  // The stored path is checked, not the typed one: ".." is taken out of it before any symbolic
+  // link is followed, so the two may name different folders ("link/../x"). A path that is still
+  // relative, because the current folder is gone, would mean another folder in the next run.
+  const bool isUsable = !typed->empty() && folder.path().starts_with('/');
+  if (!isUsable || !Files::isFolder(folder.path())) {
     throw ProfileCommandError("--output doit être un dossier existant : " + *typed);
   }
   return folder.folderURLString();

@@ -209,6 +209,26 @@ TEST_F(ProfileCreationEndToEnd, followsALinkToAFolder) {
       "Profil « Web » enregistré (png, qualité 80, dossier " + tool.folder / "link" + ").");
 }
 
+TEST_F(ProfileCreationEndToEnd, checksTheVeryFolderThatItStores) {
+  fs::create_directories(tool.folder / "elsewhere/folder");
+  fs::create_directory(tool.folder / "elsewhere/beside");
+  fs::create_directory_symlink("elsewhere/folder", tool.folder / "link");
+  const Arguments start{"Web", "--format", "png", "--quality", "80", "--output"};
+  const auto withOutput = [&](const std::string& output) {
+    Arguments operands = start;
+    operands.push_back(output);
+    return operands;
+  };
+  expectRefused(withOutput("link/../beside"),
+                "--output doit être un dossier existant : link/../beside");
+  fs::create_directory(tool.folder / "here");
+  expectCreated(withOutput("link/../here"), "Profil « Web » enregistré (png, qualité 80, dossier " +
+                                                tool.folder / "here" + ").");
+  const std::string absolute = tool.folder / "link/../beside";
+  expectCreated(withOutput(absolute),
+                "Profil « Web » enregistré (png, qualité 80, dossier " + absolute + ").");
+}
+
 TEST_F(ProfileCreationEndToEnd, savesWithoutAFolderWhereOutputEndsTheCommandLine) {
   expectCreated({"Web", "--format", "png", "--quality", "80", "--output", ".", "--output"},
                 "Profil « Web » enregistré (png, qualité 80).");
