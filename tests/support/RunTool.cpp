@@ -19,26 +19,6 @@ void check(int errorNumber) {
   if (errorNumber != 0) throw std::system_error(errorNumber, std::generic_category());
 }
 
-class Descriptor {
- public:
-  Descriptor() = default;
-  explicit Descriptor(int number) : number_(number) {}
-  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(number_, other.number_);
-    return *this;
-  }
-  ~Descriptor() { close(); }
-
-  int number() const { return number_; }
-  void close() {
-    if (number_ != -1) ::close(std::exchange(number_, -1));
-  }
-
- private:
-  int number_ = -1;
-};
-
 struct Pipe {
   Descriptor reader;
   Descriptor writer;
@@ -67,8 +47,8 @@ class FileActions {
   FileActions(const FileActions&) = delete;
   FileActions& operator=(const FileActions&) = delete;
 
-  void enter(const std::string& folder) {
-    check(posix_spawn_file_actions_addchdir_np(&actions_, folder.c_str()));
+  void enter(const Descriptor& folder) {
+    check(posix_spawn_file_actions_addfchdir_np(&actions_, folder.number()));
   }
   void connect(int descriptor, const Descriptor& target) {
     check(posix_spawn_file_actions_adddup2(&actions_, target.number(), descriptor));
@@ -82,6 +62,26 @@ class FileActions {
 
  private:
   posix_spawn_file_actions_t actions_;
+};
+
+/// No signal is ignored in a run, whatever the tests were started with.
+class DefaultSignals {
+ public:
+  DefaultSignals() {
+    check(posix_spawnattr_init(&attributes_));
+    sigset_t all;
+    sigfillset(&all);
+    check(posix_spawnattr_setsigdefault(&attributes_, &all));
+    check(posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF));
+  }
+  ~DefaultSignals() { posix_spawnattr_destroy(&attributes_); }
+  DefaultSignals(const DefaultSignals&) = delete;
+  DefaultSignals& operator=(const DefaultSignals&) = delete;
+
+  const posix_spawnattr_t* get() const { return &attributes_; }
+
+ private:
+  posix_spawnattr_t attributes_;
 };
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
@@ -120,8 +120,9 @@ pid_t spawn(std::vector<std::string> arguments, const std::map<std::string, std:
             const FileActions& actions) {
   arguments.insert(arguments.begin(), ORVANE_CLI);
   std::vector<std::string> variables = environmentWith(changes);
+  const DefaultSignals signals;
   pid_t process = 0;
-  check(posix_spawn(&process, ORVANE_CLI, actions.get(), nullptr, pointers(arguments).data(),
+  check(posix_spawn(&process, ORVANE_CLI, actions.get(), signals.get(), pointers(arguments).data(),
                     pointers(variables).data()));
   return process;
 }
@@ -135,7 +136,7 @@ bool readSome(const Descriptor& reader, std::string& into) {
 }
 
 /// Reads both streams, whichever has something, until both end.
-void readStreams(Descriptor output, Descriptor errors, ToolRun& run) {
+void readStreams(Descriptor& output, Descriptor& errors, ToolRun& run) {
   while (output.number() != -1 || errors.number() != -1) {
     std::array<pollfd, 2> waiting{{{output.number(), POLLIN, 0}, {errors.number(), POLLIN, 0}}};
     poll(waiting.data(), waiting.size(), -1);
@@ -151,37 +152,46 @@ void readStreams(Descriptor output, Descriptor errors, ToolRun& run) {
 
 }  // namespace
 
-Tool::Tool() {
+RunningTool::RunningTool(pid_t process, Descriptor output, Descriptor errors)
+    : process_(process), output_(std::move(output)), errors_(std::move(errors)) {}
+
+void RunningTool::send(int signal) const { kill(process_, signal); }
+
+ToolRun RunningTool::wait() {
+  ToolRun run;
+  readStreams(output_, errors_, run);
+  int ending = 0;
+  while (waitpid(process_, &ending, 0) == -1 && errno == EINTR) continue;
+  if (WIFEXITED(ending)) run.status = WEXITSTATUS(ending);
+  if (WIFSIGNALED(ending)) run.signal = WTERMSIG(ending);
+  return run;
+}
+
+Tool::Tool() : openFolder_(open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
   environment = {{"HOME", home_.path()}, {"XDG_DATA_HOME", home_ / "data"}};
-  ::signal(SIGPIPE, SIG_DFL);  // which runs inherit
 }
 
 std::filesystem::path Tool::profileFile() const {
   return home_.path() / "data" / "Orvane" / "exportProfiles.json";
 }
 
-ToolRun Tool::run(const std::vector<std::string>& arguments, Output output) const {
+RunningTool Tool::start(const std::vector<std::string>& arguments, Output output) const {
   Pipe outputs = outputPipe(output);
   Pipe errors = makePipe(O_DIRECT);  // a packet for each write
 
   FileActions actions;
-  actions.enter(folder.path());
+  actions.enter(openFolder_);
   actions.connect(STDIN_FILENO, "/dev/null", O_RDONLY);
   actions.connect(STDOUT_FILENO, outputs.writer);
   actions.connect(STDERR_FILENO, errors.writer);
   if (output == Output::closed) actions.close(STDOUT_FILENO);
   if (output == Output::full) actions.connect(STDOUT_FILENO, "/dev/full", O_WRONLY);
-  const pid_t process = spawn(arguments, environment, actions);
-  outputs.writer.close();
-  errors.writer.close();
+  return RunningTool(spawn(arguments, environment, actions), std::move(outputs.reader),
+                     std::move(errors.reader));
+}
 
-  ToolRun run;
-  readStreams(std::move(outputs.reader), std::move(errors.reader), run);
-  int ending = 0;
-  while (waitpid(process, &ending, 0) == -1 && errno == EINTR) continue;
-  if (WIFEXITED(ending)) run.status = WEXITSTATUS(ending);
-  if (WIFSIGNALED(ending)) run.signal = WTERMSIG(ending);
-  return run;
+ToolRun Tool::run(const std::vector<std::string>& arguments, Output output) const {
+  return start(arguments, output).wait();
 }
 
 }  // namespace orvane::test

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "support/Descriptor.h"
 #include "support/TemporaryFolder.h"
 
 namespace orvane::test {
@@ -27,13 +30,34 @@ enum class Output {
   readerGone,  ///< a pipe that nobody reads any more
 };
 
+/// A run of the program that has been started. `wait` must be called once, for nothing else ends
+/// it.
+class RunningTool {
+ public:
+  RunningTool(pid_t process, Descriptor output, Descriptor errors);
+
+  void send(int signal) const;
+
+  /// Reads what the program writes until it ends.
+  ToolRun wait();
+
+ private:
+  pid_t process_;
+  Descriptor output_;
+  Descriptor errors_;
+};
+
 /// The real program in a folder of its own, with a home of its own and no locale.
 class Tool {
  public:
   Tool();
 
-  /// Runs the program in the working folder until it ends. Any number of runs may be under way at
-  /// once. Throws std::system_error when it cannot be started.
+  /// Starts the program in the working folder, be it removed by now. Any number of runs may be
+  /// under way at once. Throws std::system_error when it cannot be started.
+  RunningTool start(const std::vector<std::string>& arguments,
+                    Output output = Output::captured) const;
+
+  /// Starts the program and waits until it ends.
   ToolRun run(const std::vector<std::string>& arguments, Output output = Output::captured) const;
 
   std::filesystem::path profileFile() const;
@@ -45,6 +69,7 @@ class Tool {
 
  private:
   TemporaryFolder home_;
+  Descriptor openFolder_;
 };
 
 }  // namespace orvane::test
