@@ -1,4 +1,4 @@
-// Reports of files that cannot be compressed. None of these runs needs a picture.
+// Reports of files that cannot be compressed.
 
 #include <gtest/gtest.h>
 
@@ -6,6 +6,8 @@
 #include <cstring>
 
 #include "picture/ImageProcessingError.h"
+#include "platform/foundation/UUID.h"
+#include "support/PNGBuilder.h"
 #include "support/RunTool.h"
 
 namespace orvane {
@@ -99,6 +101,23 @@ TEST_F(FailureReportEndToEnd, showsABadlyNamedFileToPeople) {
 TEST_F(FailureReportEndToEnd, createsEveryMissingFolderOfTheOutput) {
   EXPECT_EQ(tool.run({"missing.png", "--output", "a/b/c"}).status, 1);
   EXPECT_TRUE(fs::is_directory(tool.folder / "a/b/c"));
+}
+
+TEST_F(FailureReportEndToEnd, failsEachFileInACurrentFolderThatIsGone) {
+  const test::TemporaryFolder sources;
+  const std::string name = UUID::random().string();
+  test::writeFile(sources / name + ".png", test::buildPNG({.pixelAt = [](auto, auto) {
+                    return test::Pixel{1, 2, 3, 4};
+                  }}));
+  fs::remove(tool.folder.path());
+  for (const std::string folder : {"", ".", "a/..", "out"}) {
+    const test::ToolRun run =
+        tool.run({sources / name + ".png", "relative.png", "--output", folder, "--format", "png"});
+    EXPECT_EQ(run.status, 1) << folder;
+    EXPECT_TRUE(run.output.ends_with("\n\n2 fichier(s) traité(s), 2 échec(s).\n")) << run.output;
+    EXPECT_EQ(run.errors, "");
+    EXPECT_FALSE(fs::remove("/" + name + ".png")) << folder;
+  }
 }
 
 TEST_F(FailureReportEndToEnd, arrivesWholeOnAPipeThatDoesNotWait) {

@@ -18,10 +18,10 @@ std::string withoutTrailingSlash(std::string path) {
 
 FileURL FileURL::fromPath(std::string_view path) {
   if (path.starts_with('/')) return FileURL(withoutTrailingSlash(std::string(path)));
-  // Where the current folder is gone, the path stays relative and opening it says so.
-  std::error_code noCurrentFolder;
-  const auto absolute = std::filesystem::current_path(noCurrentFolder) / path;
-  return FileURL(withoutTrailingSlash(absolute.lexically_normal()));
+  std::error_code currentFolderIsGone;
+  std::string normal =
+      (std::filesystem::current_path(currentFolderIsGone) / path).lexically_normal();
+  return FileURL(withoutTrailingSlash(normal.empty() ? "." : std::move(normal)));
 }
 
 std::optional<FileURL> FileURL::fromURLString(std::string_view text) {

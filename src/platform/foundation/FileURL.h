@@ -6,18 +6,19 @@
 
 namespace orvane {
 
-/// The place of a file: an absolute path, as bytes.
+/// The place of a file: its path, as bytes.
 class FileURL {
  public:
   /// A relative path is resolved against the current folder, with "." and ".." taken out; an
   /// absolute one stays as typed, less a trailing slash. The empty path is the current folder.
+  /// Where the current folder is gone, a relative path stays relative: opening it says so.
   static FileURL fromPath(std::string_view path);
 
   /// The path of a "file:" URL (RFC 8089) of this machine. Nothing when `text` is no such URL, or
   /// when its path holds a NUL.
   static std::optional<FileURL> fromURLString(std::string_view text);
 
-  /// Absolute, without a trailing slash (but for "/" itself).
+  /// Never empty. Absolute, and without a trailing slash (but for "/" itself).
   const std::string& path() const { return path_; }
 
   /// What follows the last slash.

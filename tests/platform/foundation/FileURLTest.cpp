@@ -46,6 +46,9 @@ TEST(FileURL, keepsARelativePathWhereTheCurrentFolderIsGone) {
   const CurrentFolder current;
   std::filesystem::remove(current.path());
   EXPECT_EQ(FileURL::fromPath("a/b").path(), "a/b");
+  for (const char* path : {"", ".", "./", "a/.."}) {
+    EXPECT_EQ(FileURL::fromPath(path).appending("b").path(), "./b") << path;
+  }
 }
 
 TEST(FileURL, keepsAnAbsolutePathAsTyped) {
