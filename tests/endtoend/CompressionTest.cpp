@@ -190,16 +190,27 @@ TEST_F(CompressionEndToEnd, goesOnPastWhatItCannotRead) {
   EXPECT_EQ(tool.folder.names(), after);
 }
 
-TEST_F(CompressionEndToEnd, failsEachFileWhereTheFolderIsAFile) {
+TEST_F(CompressionEndToEnd, failsEachFileWhereTheFolderIsAFileOrBelowOne) {
   write("a.png", pngFile(test::gradientImage(8, 8)));
   write("b.png", pngFile(test::gradientImage(8, 8)));
   writeFile(tool.folder / "out", "in the way");
-  const std::string error = std::strerror(ENOTDIR);
-  EXPECT_EQ(reportOf({"a.png", "b.png", "--output", "out"}, 1),
-            "a.png : échec — " + error + "\nb.png : échec — " + error +
-                "\n\n2 fichier(s) traité(s), 2 échec(s).\n");
+  for (const std::string folder : {"out", "out/below", "out/below/that"}) {
+    const std::string error = tool.folder / folder + " : " + std::strerror(ENOTDIR);
+    EXPECT_EQ(reportOf({"a.png", "b.png", "--output", folder}, 1),
+              "a.png : échec — " + error + "\nb.png : échec — " + error +
+                  "\n\n2 fichier(s) traité(s), 2 échec(s).\n");
+  }
   EXPECT_EQ(size("out"), 10u);
   EXPECT_EQ(tool.folder.names(), (Names{"a.png", "b.png", "out"}));
+}
+
+TEST_F(CompressionEndToEnd, tellsAMissingSourceFromAFolderThatCannotBeMade) {
+  write("a.png", pngFile(test::gradientImage(8, 8)));
+  fs::create_symlink("nowhere/folder", tool.folder / "out");
+  const std::string missing = std::strerror(ENOENT);
+  EXPECT_EQ(reportOf({"a.png", "none.png", "--output", "out"}, 1),
+            "a.png : échec — " + tool.folder / "out" + " : " + missing + "\nnone.png : échec — " +
+                missing + "\n\n2 fichier(s) traité(s), 2 échec(s).\n");
 }
 
 /// The size past which programs that are started while this lives cannot write a file.

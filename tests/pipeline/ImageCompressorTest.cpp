@@ -101,9 +101,26 @@ TEST_F(ImageCompressorTest, reportsAnOutputThatCannotBeWritten) {
   writeFile(path, pngFile(test::gradientImage(16, 16)));
   const auto result = ImageCompressor::compress(path, FileURL::fromPath(sources / "a.png"),
                                                 ImageFormat::jpeg, 75, "a.jpg");
-  EXPECT_EQ(result.error, std::strerror(ENOTDIR));
+  EXPECT_EQ(result.error, path + " : " + std::strerror(ENOTDIR));
   EXPECT_EQ(result.originalSizeBytes, static_cast<std::int64_t>(readFile(path).size()));
   EXPECT_EQ(sources.names(), std::vector<std::string>{"a.png"});
+}
+
+TEST_F(ImageCompressorTest, namesTheFolderThatIsNotThere) {
+  const std::string path = sources / "a.png";
+  writeFile(path, pngFile(test::gradientImage(16, 16)));
+  const auto result = ImageCompressor::compress(path, FileURL::fromPath(outputs / "missing"),
+                                                ImageFormat::jpeg, 75, "a.jpg");
+  EXPECT_EQ(result.error, outputs / "missing : " + std::strerror(ENOENT));
+}
+
+TEST_F(ImageCompressorTest, namesAFolderThatHasTheNameOfTheOutput) {
+  const std::string path = sources / "a.png";
+  writeFile(path, pngFile(test::gradientImage(16, 16)));
+  std::filesystem::create_directory(outputs / "a.jpg");
+  EXPECT_EQ(compress(path, ImageFormat::jpeg, 75).error,
+            outputs / "a.jpg : " + std::strerror(EISDIR));
+  EXPECT_EQ(outputs.names(), std::vector<std::string>{"a.jpg"});
 }
 
 TEST_F(ImageCompressorTest, writesAnOutputThatGrewAndSaysSo) {

@@ -22,4 +22,7 @@ std::string systemText(int errorNumber) {
 FileError::FileError(int errorNumber)
     : LocalizedError(systemText(errorNumber)), errorNumber_(errorNumber) {}
 
+FileError::FileError(int errorNumber, const std::string& path)
+    : LocalizedError(path + " : " + systemText(errorNumber)), errorNumber_(errorNumber) {}
+
 }  // namespace orvane

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "platform/foundation/LocalizedError.h"
 
 namespace orvane {
@@ -8,6 +10,10 @@ namespace orvane {
 class FileError : public LocalizedError {
  public:
   explicit FileError(int errorNumber);
+
+  /// Says "path : " before the system's text, where the failure would else be taken for another
+  /// file's.
+  FileError(int errorNumber, const std::string& path);
 
   int errorNumber() const noexcept { return errorNumber_; }
 

@@ -9,6 +9,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <filesystem>
 #include <utility>
 
 #include "platform/foundation/FileError.h"
@@ -32,6 +33,8 @@ constinit std::atomic_flag listIsLocked;
 std::string hiddenNameBeside(const std::string& path) {
   return path.substr(0, path.rfind('/') + 1) + ".orvane-" + UUID::random().string();
 }
+
+std::string folderOf(const std::string& path) { return std::filesystem::path(path).parent_path(); }
 
 }  // namespace
 
@@ -72,7 +75,7 @@ TemporaryFile::TemporaryFile(const std::string& path, mode_t mode) : path_(hidde
     error = errno;
     if (descriptor_ >= 0) enlist();
   }
-  if (descriptor_ < 0) throw FileError(error);
+  if (descriptor_ < 0) throw FileError(error, folderOf(path));
 }
 
 TemporaryFile::~TemporaryFile() {
@@ -93,7 +96,7 @@ void TemporaryFile::moveTo(const std::string& path) {
     error = errno;
     if (isMoved_) delist();
   }
-  if (!isMoved_) throw FileError(error);
+  if (!isMoved_) throw FileError(error, path);
 }
 
 void TemporaryFile::enlist() {

@@ -15,7 +15,7 @@ namespace orvane {
 class TemporaryFile {
  public:
   /// Creates it in the folder of `path`, with the permissions `mode` less the umask. Throws
-  /// FileError.
+  /// FileError, which names the folder.
   TemporaryFile(const std::string& path, mode_t mode);
 
   ~TemporaryFile();
@@ -25,8 +25,8 @@ class TemporaryFile {
   int descriptor() const { return descriptor_; }
 
   /// Closes the file and gives it the name `path`, in one step for whoever looks there; what had
-  /// that name is gone. To be called once. Throws FileError; the file then still goes with its
-  /// owner.
+  /// that name is gone. To be called once. Throws FileError, and the file then still goes with its
+  /// owner; when nothing could be moved to `path`, the error names it.
   void moveTo(const std::string& path);
 
  private:

@@ -16,6 +16,12 @@ TEST(FileError, carriesTheSystemsTextForItsNumber) {
   EXPECT_EQ(FileError(ENOSPC).errorNumber(), ENOSPC);
 }
 
+TEST(FileError, mayNameThePath) {
+  const FileError error(ENOTDIR, "/a/b");
+  EXPECT_EQ(error.localizedDescription(), std::string("/a/b : ") + std::strerror(ENOTDIR));
+  EXPECT_EQ(error.errorNumber(), ENOTDIR);
+}
+
 TEST(FileError, hasATextForNumbersThatTheSystemDoesNotKnow) {
   EXPECT_FALSE(FileError(123456).localizedDescription().empty());
 }
