@@ -1,8 +1,5 @@
 #pragma once
 
-#include <sys/types.h>
-
-#include <optional>
 #include <string>
 
 #include "platform/foundation/Bytes.h"
@@ -19,6 +16,10 @@ class AtomicFile {
   /// umask.
   explicit AtomicFile(const std::string& path);
 
+  ~AtomicFile();
+  AtomicFile(const AtomicFile&) = delete;
+  AtomicFile& operator=(const AtomicFile&) = delete;
+
   /// Appends.
   void write(ByteView bytes);
 
@@ -27,10 +28,8 @@ class AtomicFile {
   void commit();
 
  private:
-  AtomicFile(const std::string& path, std::optional<mode_t> formerPermissions);
-
-  std::string path_;
   TemporaryFile file_;
+  int descriptor_;  ///< −1 once closed
 };
 
 }  // namespace orvane

@@ -4,12 +4,14 @@
 #include <poll.h>
 #include <signal.h>
 #include <stdio.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
+#include <optional>
 #include <utility>
 
 #include "platform/foundation/FileError.h"
@@ -17,6 +19,8 @@
 
 namespace orvane {
 namespace {
+
+constexpr mode_t defaultPermissions = 0666;
 
 constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
 
@@ -32,6 +36,13 @@ constinit std::atomic_flag listIsLocked;
 /// Not made from the name of the destination: that may already be as long as names can be.
 std::string hiddenNameBeside(const std::string& path) {
   return path.substr(0, path.rfind('/') + 1) + ".orvane-" + UUID::random().string();
+}
+
+/// Of the file behind a symbolic link, for those of a link say nothing.
+std::optional<mode_t> permissionsOfRegularFile(const std::string& path) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  return status.st_mode & 0777;
 }
 
 std::string folderOf(const std::string& path) { return std::filesystem::path(path).parent_path(); }
@@ -65,38 +76,47 @@ class TemporaryFile::ListLock {
   sigset_t formerMask_;
 };
 
-TemporaryFile::TemporaryFile(const std::string& path, mode_t mode) : path_(hiddenNameBeside(path)) {
+TemporaryFile::TemporaryFile(std::string destination)
+    : destination_(std::move(destination)), path_(hiddenNameBeside(destination_)) {
   installHandlers();
-  int error = 0;
-  {
-    // Created and enlisted in one step for the handlers: none misses a file that exists.
-    const ListLock lock;
-    descriptor_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-    error = errno;
-    if (descriptor_ >= 0) enlist();
-  }
-  if (descriptor_ < 0) throw FileError(error, folderOf(path));
+  const ListLock lock;
+  enlist();
 }
 
 TemporaryFile::~TemporaryFile() {
-  if (descriptor_ >= 0) close(descriptor_);
   if (isMoved_) return;
   const ListLock lock;
   unlink(path_.c_str());
   delist();
 }
 
-void TemporaryFile::moveTo(const std::string& path) {
-  if (close(std::exchange(descriptor_, -1)) != 0) throw FileError(errno);
+int TemporaryFile::create() {
+  const auto formerPermissions = permissionsOfRegularFile(destination_);
+  int descriptor = -1;
+  int error = 0;
+  {
+    // No file comes into being while a handler takes them away.
+    const ListLock lock;
+    descriptor = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                      formerPermissions.value_or(defaultPermissions));
+    error = errno;
+  }
+  if (descriptor < 0) throw FileError(error, folderOf(path_));
+  // Gives back what the umask took away. Fails harmlessly on a file system without permissions.
+  if (formerPermissions) fchmod(descriptor, *formerPermissions);
+  return descriptor;
+}
+
+void TemporaryFile::moveToDestination() {
   int error = 0;
   {
     // No file finds its name taken away by a handler, and none gets its new one after that.
     const ListLock lock;
-    isMoved_ = rename(path_.c_str(), path.c_str()) == 0;
+    isMoved_ = rename(path_.c_str(), destination_.c_str()) == 0;
     error = errno;
     if (isMoved_) delist();
   }
-  if (!isMoved_) throw FileError(error, path);
+  if (!isMoved_) throw FileError(error, destination_);
 }
 
 void TemporaryFile::enlist() {

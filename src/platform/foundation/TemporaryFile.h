@@ -1,33 +1,35 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <string>
 
 namespace orvane {
 
-/// A new, empty file with a hidden name, open for writing. It goes with its owner, or when SIGINT,
-/// SIGTERM or SIGHUP ends the process, unless it has been moved into place before. Many may live at
-/// once, on as many threads.
+/// A hidden name beside a destination, under which a file waits to take the destination's place.
+/// The file goes with the owner of the name, or when SIGINT, SIGTERM or SIGHUP ends the process,
+/// unless it has been moved before. Many may live at once, on as many threads.
 ///
 /// The first one of a process installs handlers for those signals, each only where the disposition
 /// is the default one. A handler takes the files away and lets the signal end the process.
 class TemporaryFile {
  public:
-  /// Creates it in the folder of `path`, with the permissions `mode` less the umask. Throws
-  /// FileError, which names the folder.
-  TemporaryFile(const std::string& path, mode_t mode);
+  /// Chooses the name. Creates nothing.
+  explicit TemporaryFile(std::string destination);
 
   ~TemporaryFile();
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-  int descriptor() const { return descriptor_; }
+  const std::string& path() const { return path_; }
 
-  /// Closes the file and gives it the name `path`, in one step for whoever looks there; what had
-  /// that name is gone. To be called once. Throws FileError, and the file then still goes with its
-  /// owner; when nothing could be moved to `path`, the error names it.
-  void moveTo(const std::string& path);
+  /// Creates the file, empty, with the permissions of the regular file at the destination, else
+  /// 0666 less the umask. Returns a descriptor for writing, which the caller closes. Throws
+  /// FileError, which names the folder.
+  int create();
+
+  /// Gives the file the name of the destination, in one step for whoever looks there; what had that
+  /// name is gone: a file, or a symbolic link itself, never a folder. To be called once. Throws
+  /// FileError, which names the destination; the file then still goes with its owner.
+  void moveToDestination();
 
  private:
   class ListLock;
@@ -42,8 +44,8 @@ class TemporaryFile {
   /// under a ListLock only.
   static TemporaryFile* first_;
 
+  std::string destination_;
   std::string path_;
-  int descriptor_ = -1;  ///< -1 once closed
   bool isMoved_ = false;
   TemporaryFile* next_ = nullptr;
   TemporaryFile* previous_ = nullptr;
