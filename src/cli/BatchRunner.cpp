@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "cli/SourceKeeper.h"
 #include "platform/foundation/TaskGroup.h"
 #include "profiles/ExportFilenameAllocator.h"
 
@@ -27,21 +28,24 @@ std::vector<ImageCompressionResult> compressAll(std::span<const std::string> pat
                                                 const CompressFile& compress) {
   const std::vector<std::string> names = outputNames(paths, format);
   std::vector<ImageCompressionResult> results(paths.size());
+  SourceKeeper sources(paths, to, names);
   std::size_t next = 0;
 
   using Finished = std::pair<std::size_t, ImageCompressionResult>;
   TaskGroup<Finished> group;
   const auto startNext = [&] {
     if (next == paths.size()) return;
-    group.add([&, index = next]() -> Finished {
-      return {index, compress(paths[index], to, format, quality, names[index])};
-    });
+    group.add(
+        [&, index = next, name = sources.hiddenName(next).value_or(names[next])]() -> Finished {
+          return {index, compress(paths[index], to, format, quality, name)};
+        });
     ++next;
   };
 
   while (next < paths.size() && std::cmp_less(next, jobs)) startNext();
   while (auto finished = group.next()) {
     results[finished->first] = std::move(finished->second);
+    sources.finish(finished->first, results);
     startNext();
   }
   return results;

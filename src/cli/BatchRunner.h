@@ -21,8 +21,9 @@ using CompressFile = std::function<ImageCompressionResult(
     const std::optional<std::string>& destinationFilename)>;
 
 /// Compresses all files into the folder `to`, at most `jobs` (at least 1) at a time, each whole on
-/// one thread. Files are named before any is started, and started in input order. One result per
-/// path, in input order; a file that fails says so in its result.
+/// one thread. Files are named before any is started, and started in input order. A source that an
+/// output replaces is read first by every file that it belongs to, whatever `jobs` is. One result
+/// per path, in input order; a file that fails says so in its result.
 std::vector<ImageCompressionResult> compressAll(
     std::span<const std::string> paths, const FileURL& to, ImageFormat format, double quality,
     std::int64_t jobs, const CompressFile& compress = ImageCompressor::compress);

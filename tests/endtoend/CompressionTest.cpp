@@ -276,6 +276,42 @@ TEST_F(CompressionEndToEnd, mayReplaceItsOwnInput) {
   EXPECT_EQ(tool.folder.names(), Names{"a.jpg"});
 }
 
+TEST_F(CompressionEndToEnd, readsEverySourceBeforeAnotherFileReplacesIt) {
+  // Made on their own, as each file must become whatever the batch does.
+  write("x/a.png", pngFile(test::noisyImage(90, 60)));
+  write("y/a.png", pngFile(test::noisyImage(33, 77)));
+  reportOf({"x/a.png", "y/a.png", "--format", "png", "--output", "expected"});
+  for (const std::string jobs : {"1", "2", "8"}) {
+    write("a.png", readFile(tool.folder / "y/a.png"));
+    const Names arguments{"x/a.png", "a.png", "x/../none.png", "--format", "png",
+                          "--jobs",  jobs,    "--output",      ".",        "--json"};
+    const auto report = nlohmann::json::parse(reportOf(arguments, 1));
+    EXPECT_EQ(report.at(0).at("destination"), tool.folder / "a.png");
+    EXPECT_EQ(report.at(1).at("destination"), tool.folder / "a-2.png");
+    EXPECT_EQ(readFile(tool.folder / "a.png"), readFile(tool.folder / "expected/a.png"));
+    EXPECT_EQ(readFile(tool.folder / "a-2.png"), readFile(tool.folder / "expected/a-2.png"));
+    EXPECT_EQ(tool.folder.names(), (Names{"a-2.png", "a.png", "expected", "x", "y"}));
+    fs::remove(tool.folder / "a-2.png");
+  }
+}
+
+TEST_F(CompressionEndToEnd, leavesASourceWhereWhatWouldReplaceItFails) {
+  writeFile(tool.folder / "text.png", "no picture");
+  write("x/a.png", readFile(tool.folder / "text.png"));
+  const Bytes source = pngFile(test::noisyImage(33, 77));
+  write("a.png", source);
+  write("x/b.png", source);
+  write("b.png", readFile(tool.folder / "text.png"));
+  for (const std::string jobs : {"1", "8"}) {
+    const Names arguments{"x/a.png", "a.png", "--format", "png", "--jobs", jobs, "--output", "."};
+    EXPECT_TRUE(reportOf(arguments, 1).ends_with("2 fichier(s) traité(s), 1 échec(s).\n"));
+    EXPECT_EQ(readFile(tool.folder / "a.png"), source);
+  }
+  reportOf({"x/b.png", "b.png", "--format", "png", "--output", "."}, 1);
+  EXPECT_EQ(readFile(tool.folder / "b.png"), readFile(tool.folder / "a-2.png"));
+  EXPECT_EQ(tool.folder.names(), (Names{"a-2.png", "a.png", "b.png", "text.png", "x"}));
+}
+
 TEST_F(CompressionEndToEnd, givesTheSameBytesForEveryNumberOfJobs) {
   write("a.png", pngFile(test::noisyImage(90, 60)));
   write("b.png", pngFile(test::noisyImage(33, 77)));
