@@ -14,16 +14,16 @@
 
 namespace orvane {
 
-/// What compresses one file: `ImageCompressor::compress`, or a test's stand-in. Called from several
-/// threads at once; does not throw.
+/// Compresses one file: `ImageCompressor::compress`, or a test's stand-in. Called from several
+/// threads at once; must not throw.
 using CompressFile = std::function<ImageCompressionResult(
     const std::string& path, const FileURL& to, ImageFormat format, double quality,
     const std::optional<std::string>& destinationFilename)>;
 
-/// Compresses all files into the folder `to`, at most `jobs` (at least 1) at a time, each whole on
-/// one thread. Files are named before any is started, and started in input order. A source that an
-/// output replaces is read first by every file that it belongs to, whatever `jobs` is. One result
-/// per path, in input order; a file that fails says so in its result.
+/// Compresses all files into the folder `to`, at most `jobs` (at least 1) at a time, one thread per
+/// file. Outputs are named before any file is started, and files are started in input order. An
+/// output never replaces a source that other files have still to read. Returns one result per path,
+/// in input order; a file that fails says so in its result.
 std::vector<ImageCompressionResult> compressAll(
     std::span<const std::string> paths, const FileURL& to, ImageFormat format, double quality,
     std::int64_t jobs, const CompressFile& compress = ImageCompressor::compress);

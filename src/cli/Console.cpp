@@ -11,7 +11,8 @@
 namespace orvane::Console {
 namespace {
 
-/// Waits until `descriptor`, which its other users have made non-blocking, takes more.
+/// Waits until `descriptor` can be written to: another process that shares it may have made it
+/// non-blocking.
 void waitForRoom(int descriptor) {
   pollfd waiting{.fd = descriptor, .events = POLLOUT, .revents = 0};
   poll(&waiting, 1, -1);
@@ -34,7 +35,7 @@ void write(int descriptor, std::string_view bytes) {
 
 void openClosedStreams() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    // What is opened takes the lowest free number: this one, as those below are in use by now.
+    // open() takes the lowest free number. That is `descriptor`, for all lower ones are in use.
     if (fcntl(descriptor, F_GETFD) == -1) static_cast<void>(open("/dev/null", O_RDWR));
   }
 }

@@ -3,19 +3,18 @@
 #include <string_view>
 
 /// The process's two output streams. Bytes that are not UTF-8 are shown as U+FFFD. A stream that
-/// cannot be written to is no error: the exit status says what became of the run. Only a pipe that
-/// nobody reads any more ends the process, by SIGPIPE.
+/// cannot be written to is not an error: the exit status still tells how the run ended. A pipe
+/// without a reader ends the process by SIGPIPE.
 namespace orvane::Console {
 
-/// Gives each of the three standard streams that is closed to /dev/null, so that no file which is
-/// opened later takes its number and receives what is meant for it. To be called before any
-/// file is opened.
+/// Opens /dev/null in the place of each standard stream that is closed. Otherwise a file opened
+/// later would get the stream's number, and its output. Must be called before any file is opened.
 void openClosedStreams();
 
-/// One line, or several, on standard output; the last newline is added here.
+/// Writes `text` and a newline to standard output.
 void print(std::string_view text);
 
-/// `text` as it is on standard error, in one write.
+/// Writes `text` to standard error, in one write.
 void printError(std::string_view text);
 
 }  // namespace orvane::Console

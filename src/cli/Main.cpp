@@ -35,7 +35,7 @@ std::vector<ImageCompressionResult> compressQuietly(const Options& options) {
 
 ExitStatus runCompression(const std::vector<std::string>& arguments) try {
   const Options options = parseArguments(arguments);
-  // Where it cannot be had, each file fails on its own when its output is written.
+  // Failure is ignored: each file then fails on its own when its output is written.
   Files::createFolders(options.outputDirectory.path());
   const auto results = compressQuietly(options);
   options.jsonOutput ? printJSON(results) : printHumanReadable(results);
@@ -53,7 +53,7 @@ ExitStatus runCompression(const std::vector<std::string>& arguments) try {
 
 int main(int argc, char** argv) try {
   orvane::LocalizedString::takeUsersLocale();
-  std::signal(SIGXFSZ, SIG_IGN);  // a file past the user's size limit fails on its own
+  std::signal(SIGXFSZ, SIG_IGN);  // only the file that exceeds RLIMIT_FSIZE fails
   orvane::Console::openClosedStreams();
   const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
   const bool createsProfile = !arguments.empty() && arguments.front() == "--create-profile";

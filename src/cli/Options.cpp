@@ -14,7 +14,7 @@
 namespace orvane {
 namespace {
 
-/// What was typed, before profiles and defaults fill the gaps.
+/// The command line as typed, before profiles and defaults fill the gaps.
 struct CommandLine {
   std::vector<std::string> inputPaths;
   std::optional<double> quality;
@@ -25,7 +25,7 @@ struct CommandLine {
   std::int64_t jobs = ProcessInfo::activeProcessorCount();
 };
 
-// Each of these reads one option's value, which is null where the command line ends before it.
+// Each of these reads one option's value. It is null when the command line ends before it.
 
 void readQuality(const std::string* value, CommandLine& line) {
   const auto quality = value != nullptr ? Number::parseDouble(*value) : std::nullopt;

@@ -12,7 +12,7 @@
 
 namespace orvane {
 
-/// What the compression command was asked to do.
+/// The settings of a compression run.
 struct Options {
   std::vector<std::string> inputPaths;  ///< as typed, at least one
   double quality;                       ///< perceptual, 1…100
@@ -22,15 +22,15 @@ struct Options {
   std::int64_t jobs;  ///< files in work at once, at least 1
 };
 
-/// The command line was not used as it is meant to be.
+/// The command line is wrong.
 class CLIError : public LocalizedError {
  public:
   explicit CLIError(std::string description) : LocalizedError(std::move(description)) {}
 };
 
-/// Reads the command line, without the program's name; settings that it leaves out come from the
-/// stored profiles, then from the defaults. Touches no input and no output folder. Throws CLIError
-/// at the first problem. For "--help" and "-h" prints the help and ends the process with status 0.
+/// Reads the command line, without the program's name. Missing settings come from the stored
+/// profiles, then from the defaults. Does not access inputs or the output folder. Throws CLIError
+/// at the first problem. "--help" and "-h" print the help and end the process with status 0.
 Options parseArguments(std::span<const std::string> arguments);
 
 }  // namespace orvane

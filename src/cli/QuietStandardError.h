@@ -2,9 +2,9 @@
 
 namespace orvane {
 
-/// While it lives, what the process writes to standard error goes nowhere: some codec libraries
-/// write there what they think of damaged pictures, and nothing is to be printed while files are in
-/// work. Where it cannot be arranged, the remarks show.
+/// Discards the process's standard error while it lives. Some codec libraries print remarks on
+/// damaged pictures there, and nothing may be printed while files are in work. When the system
+/// refuses the descriptors, the remarks show.
 class QuietStandardError {
  public:
   QuietStandardError();
@@ -13,7 +13,7 @@ class QuietStandardError {
   QuietStandardError& operator=(const QuietStandardError&) = delete;
 
  private:
-  int original_;  ///< a second descriptor of the real stream, or −1
+  int original_;  ///< duplicate of the real stream's descriptor; −1 when there is none
 };
 
 }  // namespace orvane

@@ -6,10 +6,10 @@
 
 namespace orvane {
 
-/// The report for machines, on standard output. Nothing at all where it cannot be encoded.
+/// Prints the JSON report on standard output, or nothing when it cannot be encoded.
 void printJSON(std::span<const ImageCompressionResult> results);
 
-/// The report for people, on standard output.
+/// Prints the readable report on standard output.
 void printHumanReadable(std::span<const ImageCompressionResult> results);
 
 }  // namespace orvane

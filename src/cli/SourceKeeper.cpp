@@ -9,9 +9,14 @@
 namespace orvane {
 namespace {
 
-/// So that the output takes over the permissions of what it will replace.
-void createEmpty(TemporaryFile& file) try { close(file.create()); } catch (const FileError&) {
-  // Whoever writes the output fails for the same reason, and says so.
+/// Creates an empty file, whose permissions are those of the file that it will replace. The output
+/// is written over it and takes them on.
+void createEmpty(TemporaryFile& file) {
+  try {
+    close(file.create());
+  } catch (const FileError&) {
+    // Writing the output fails for the same reason, and its result says so.
+  }
 }
 
 void moveToDestination(TemporaryFile& file, ImageCompressionResult& result) try {

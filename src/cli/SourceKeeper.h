@@ -14,38 +14,40 @@
 
 namespace orvane {
 
-/// Keeps each source of a batch as it is until every file that reads it is done: an output that
-/// takes the place of another file's source waits beside it under a hidden name. One thread's.
+/// Keeps each source of a batch in place until every file that reads it is done. An output that
+/// would replace it earlier waits beside it under a hidden name. Used by one thread.
 class SourceKeeper {
  public:
-  /// File i of the batch reads `paths[i]` and is to be written to `names[i]` in the folder `to`.
+  /// File i of the batch reads `paths[i]` and writes `names[i]` in the folder `to`. Which outputs
+  /// replace which sources is found out here, before any file is written.
   SourceKeeper(std::span<const std::string> paths, const FileURL& to,
                std::span<const std::string> names);
 
-  /// To be called when file `index` is started: the hidden name to write it under in the folder.
-  /// Nothing when it may be written under its own name.
+  /// Must be called when file `index` is started. Returns the hidden name that its output must have
+  /// for now, or no value when it may have its own name at once.
   std::optional<std::string> hiddenName(std::size_t index);
 
-  /// To be called when file `index` is done and its result stands in `results`. Gives every output
-  /// that need not wait any longer its own name; where that fails, its result becomes a failure.
+  /// Must be called when file `index` is done, with its result in `results`. Moves every output
+  /// that need not wait any longer to its own name. If that fails, the output's result becomes a
+  /// failure.
   void finish(std::size_t index, std::span<ImageCompressionResult> results);
 
  private:
   struct Output {
     std::string path;
-    std::optional<FileIdentity> replaced;  ///< what lies at `path` when the batch begins
+    std::optional<FileIdentity> replaced;  ///< the file at `path` when the batch begins
   };
 
-  /// How many files that are not done read what `output` replaces.
+  /// The number of unfinished files that read the file which `output` replaces.
   std::size_t readersLeft(const Output& output) const;
 
-  /// Gives its own name to each waiting output that is written and replaces no source any more.
+  /// Moves every waiting output that is written and has no readers left to its own name.
   void moveOutputs(std::span<ImageCompressionResult> results);
 
   std::vector<std::optional<FileIdentity>> sources_;
   std::vector<Output> outputs_;
-  std::map<FileIdentity, std::size_t> readers_;   ///< files that are not done, by their source
-  std::map<std::size_t, TemporaryFile> waiting_;  ///< outputs under hidden names, by index
+  std::map<FileIdentity, std::size_t> readers_;   ///< number of unfinished files by source
+  std::map<std::size_t, TemporaryFile> waiting_;  ///< hidden outputs by index
 };
 
 }  // namespace orvane

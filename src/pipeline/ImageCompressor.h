@@ -10,12 +10,12 @@
 
 namespace orvane::ImageCompressor {
 
-/// Bytes of the item at `path`; 0 when that cannot be told.
+/// Size in bytes of the item at `path`; 0 when it cannot be examined.
 std::int64_t fileSize(const std::string& path);
 
-/// Compresses one file into the folder `to`, under `destinationFilename` or, without one, under its
-/// own base name with the format's extension. Never throws: a failure becomes the result's
-/// `error`. Any number of calls may run at once.
+/// Compresses one file into the folder `to`. The output is named `destinationFilename` or, without
+/// one, the source's base name with the format's extension. Never throws: a failure becomes the
+/// result's `error`. Any number of calls may run at once.
 ImageCompressionResult compress(const std::string& path, const FileURL& to, ImageFormat format,
                                 double quality,
                                 const std::optional<std::string>& destinationFilename);

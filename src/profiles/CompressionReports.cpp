@@ -37,7 +37,7 @@ std::string jsonObject(const Result& result) {
 
 /// "-43%" for a file that has lost 42.5 % of its bytes, "+10%" for one that has grown by a tenth.
 std::string signedPercentage(double ratio) {
-  // Room for every finite double in plain digits.
+  // The largest double has max_exponent10 + 1 digits.
   std::array<char, std::numeric_limits<double>::max_exponent10 + 2> digits;
   const double percentage = std::round(std::abs(ratio) * 100);
   const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), percentage,

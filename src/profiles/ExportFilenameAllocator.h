@@ -8,21 +8,21 @@
 
 namespace orvane {
 
-/// Gives each output of one run a name of its own, also where the file system ignores letter case.
-/// Knows nothing of the files that lie in the folder already.
+/// Gives each output of one run a name of its own, also for file systems that ignore letter case.
+/// It does not look at the files that are in the folder already.
 class ExportFilenameAllocator {
  public:
-  /// "base.ext" as given, or else the first of "base-2.ext", "base-3.ext"… that is still free.
+  /// Returns "base.ext" when it is free, else the first free name of "base-2.ext", "base-3.ext"…
   std::string filename(std::string_view baseName, std::string_view fileExtension);
 
  private:
-  /// Whether `name` was free, letter case aside; from now on it is not.
+  /// Takes `name`, letter case ignored. Returns whether it was free.
   bool take(const std::string& name);
 
   std::unordered_set<std::string> usedNames_;  ///< lower-cased
 
-  /// By unnumbered name: the next number to try. All below it are taken for good, so that thousands
-  /// of files of one name are not counted from 2 each time.
+  /// The next number to try for each unnumbered name. All lower numbers are taken; without this,
+  /// thousands of files of one name would each count from 2 again.
   std::unordered_map<std::string, std::uint64_t> nextNumbers_;
 };
 

@@ -12,18 +12,18 @@ namespace orvane {
 
 /// Export settings under a name, shared with the desktop application.
 struct ExportProfile {
-  UUID id;  ///< what tells one profile from another; names may repeat
+  UUID id;  ///< unique, as names may repeat
   std::string name;
   ImageFormat format;
   double quality;  ///< perceptual, 1…100
-  /// As the file has it, for another program may know what it means where this one does not.
+  /// The text of the file, unchanged: another program may understand a URL that this one does not.
   std::optional<std::string> destinationFolderURL;
-  bool isDefault = false;  ///< where several are, the first in the list counts
+  bool isDefault = false;  ///< of several, the first in the list counts
 
-  /// Whether people would call this profile `otherName`: letter case does not count, blanks do.
+  /// Compares names without regard to letter case; blanks count.
   bool isNamed(std::string_view otherName) const;
 
-  /// Nothing without a URL, and where the URL is not that of a file of this machine.
+  /// The folder of the URL; no value when there is no URL or it is not a file of this machine.
   std::optional<FileURL> destinationFolder() const;
 
   bool operator==(const ExportProfile&) const = default;

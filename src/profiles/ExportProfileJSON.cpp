@@ -24,7 +24,7 @@ std::string encodedProfile(const ExportProfile& profile) {
   return object + ",\"isDefault\":" + (profile.isDefault ? "true" : "false") + "}";
 }
 
-/// A value that is written in the file but is none that its key may have.
+/// A value has the right type, but its key does not allow it.
 struct UnusableValue : std::exception {};
 
 template <typename Value>
@@ -33,7 +33,7 @@ Value orUnusable(std::optional<Value> value) {
   return *std::move(value);
 }
 
-/// The value of an optional key; null is as good as absent.
+/// The value of an optional key; null when the key is absent or its value is JSON's null.
 const json* find(const json& object, const char* key) {
   const auto found = object.find(key);
   return found == object.end() || found->is_null() ? nullptr : &*found;
@@ -74,7 +74,7 @@ std::optional<std::vector<ExportProfile>> decode(ByteView bytes) try {
   std::ranges::transform(array, std::back_inserter(profiles), decodedProfile);
   return profiles;
 } catch (const std::exception&) {
-  return std::nullopt;  // whatever it is: json::exception, UnusableValue, or no memory for it
+  return std::nullopt;  // json::exception, UnusableValue or std::bad_alloc
 }
 
 }  // namespace orvane::ExportProfileJSON

@@ -21,8 +21,8 @@ class ProfileNotFoundError : public LocalizedError {
   std::string name_;
 };
 
-/// Where a run's settings come from: explicit options, else a stored profile, else JPEG at 75 with
-/// no folder.
+/// Settles a run's settings: explicit options, else a stored profile, else JPEG at 75 without a
+/// folder.
 namespace ExportProfileResolver {
 
 struct Resolution {
@@ -33,8 +33,8 @@ struct Resolution {
   bool operator==(const Resolution&) const = default;
 };
 
-/// The profile is the first of that name or, without a name, the first marked as default. Each
-/// setting is merged on its own. Throws ProfileNotFoundError.
+/// Uses the first profile of that name or, without a name, the first one marked as default. Each
+/// setting is resolved on its own. Throws ProfileNotFoundError.
 Resolution resolve(const std::optional<std::string>& profileName,
                    std::optional<double> explicitQuality, std::optional<ImageFormat> explicitFormat,
                    const std::optional<FileURL>& explicitOutputDirectory);

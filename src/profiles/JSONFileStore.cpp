@@ -36,7 +36,7 @@ void save(std::span<const ExportProfile> list, std::string_view filename) {
   try {
     Files::writeAtomically(folder().appending(filename).path(), bytesOf(*json));
   } catch (const FileError&) {
-    // The profile is then not kept; the command that asked for it goes on all the same.
+    // By design: the profile command prints its confirmation all the same.
   }
 }
 
@@ -46,7 +46,7 @@ std::vector<ExportProfile> loadProfiles() {
     return ExportProfileJSON::decode(Files::readWhole(file.path()))
         .value_or(std::vector<ExportProfile>());
   } catch (const std::exception&) {
-    return {};  // FileError, or no memory for so large a file
+    return {};  // FileError or std::bad_alloc
   }
 }
 

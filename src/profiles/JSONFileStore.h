@@ -10,14 +10,14 @@
 
 namespace orvane {
 
-/// The user has neither a home nor another place for what applications keep.
+/// The user has neither a home folder nor another folder for application data.
 class NoApplicationSupportFolderError : public LocalizedError {
  public:
   NoApplicationSupportFolderError();
 };
 
 /// JSON files in the user's application-support folder. Several programs share them without a lock:
-/// each save puts a whole file in the place of the old one, and the last writer wins.
+/// each save replaces the whole file, and the last writer wins.
 namespace JSONFileStore {
 
 inline constexpr std::string_view profilesFilename = "exportProfiles.json";
@@ -26,7 +26,7 @@ inline constexpr std::string_view profilesFilename = "exportProfiles.json";
 /// Throws NoApplicationSupportFolderError.
 const FileURL& folder();
 
-/// Writes the list, creating the folder. What fails goes unnoticed, by design.
+/// Writes the list, and creates the folder when it is missing. Failures are ignored by design.
 /// Throws NoApplicationSupportFolderError only.
 void save(std::span<const ExportProfile> list, std::string_view filename);
 

@@ -50,8 +50,8 @@ OptionalText parsedFolderURL(const OptionalText& typed) {
   return folder.folderURLString();
 }
 
-/// Puts `profile` in the place of the first one of its name, whose identity and mark it takes, or
-/// at the end.
+/// Replaces the first profile of the same name, whose id and default mark are kept. Appends
+/// `profile` when there is none.
 void insert(ExportProfile profile, std::vector<ExportProfile>& profiles) {
   const auto found = std::ranges::find_if(
       profiles, [&](const ExportProfile& other) { return other.isNamed(profile.name); });
@@ -76,7 +76,7 @@ std::string confirmation(const ExportProfile& profile) {
 
 std::string createProfile(const std::string& name, const OptionalText& formatRaw,
                           const OptionalText& qualityRaw, const OptionalText& outputRaw) {
-  // The members are checked in the order in which they stand here.
+  // Braced initialisers run in order, so the checks do too.
   const ExportProfile profile{.id = UUID::random(),
                               .name = parsedName(name),
                               .format = parsedFormat(formatRaw),
@@ -106,7 +106,7 @@ std::string runProfileCommand(std::span<const std::string> arguments) {
     if (value == nullptr) {
       throw ProfileCommandError("Option inconnue pour --create-profile : " + option);
     }
-    // An option without a value takes back the one that was given before.
+    // An option without a value, at the end, resets the value given before.
     *value = at + 1 < arguments.size() ? OptionalText(arguments[at + 1]) : std::nullopt;
   }
   return createProfile(arguments[1], format, quality, output);

@@ -8,8 +8,8 @@
 namespace orvane {
 
 /// A file that appears whole under its name, or not at all: it is written beside its destination
-/// under another name. Without `commit()`, or where that throws, it is gone in the end and the
-/// destination is as it was. One thread's at a time. Every function throws FileError.
+/// under another name. Without `commit()`, or when that throws, the destructor removes it and the
+/// destination is as it was. Used by one thread at a time. Every function throws FileError.
 class AtomicFile {
  public:
   /// The new file will have the permissions of the regular file at `path`, else 0666 less the
@@ -23,8 +23,8 @@ class AtomicFile {
   /// Appends.
   void write(ByteView bytes);
 
-  /// Puts the file, once it is safe on its medium, in the place of what `path` names: a file, or a
-  /// symbolic link itself; never a folder. To be called once, last.
+  /// Flushes the file to its medium, then moves it to `path`. It replaces a file or a symbolic link
+  /// itself, never a folder. Must be called once, last.
   void commit();
 
  private:

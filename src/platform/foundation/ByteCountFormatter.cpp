@@ -13,8 +13,8 @@ namespace orvane {
 namespace {
 
 struct Unit {
-  std::uint64_t step;   ///< bytes in one of the last digit shown
-  std::uint64_t limit;  ///< as many steps are one of the next unit
+  std::uint64_t step;   ///< bytes per unit of the last digit shown
+  std::uint64_t limit;  ///< steps in one of the next unit
   const char* exponent;
   const char* identifier;  ///< Unicode TR 35, part 2, "Unit Identifiers"
   std::string_view french;
@@ -33,7 +33,7 @@ constexpr std::array<Unit, 7> units{{
 constexpr const Unit& byteUnit = units[0];
 constexpr const Unit& zeroUnit = units[1];
 
-/// Halves are rounded up.
+/// `bytes` in steps of `unit`, halves rounded up.
 std::uint64_t stepCount(std::uint64_t bytes, const Unit& unit) {
   return bytes / unit.step + (bytes % unit.step * 2 >= unit.step ? 1 : 0);
 }
@@ -46,7 +46,8 @@ const Unit& fittingUnit(std::uint64_t bytes) {
   return units[at];
 }
 
-/// The tool's own name of `unit`, where it has one: it differs from ICU's ("Ko", not "ko").
+/// The tool's own name of `unit`, which differs from ICU's ("Ko", not "ko"). Empty when the
+/// language has none.
 std::string ownName(const Unit& unit, const icu::Locale& locale, bool isSingular) {
   const std::string_view language = locale.getLanguage();
   std::string name(language == "fr" ? unit.french : language == "en" ? unit.english : "");
@@ -54,7 +55,7 @@ std::string ownName(const Unit& unit, const icu::Locale& locale, bool isSingular
   return name;
 }
 
-/// "Zéro", in the words of the locale's language; its digit where ICU knows none.
+/// The word for 0 in the locale's language, capitalised ("Zéro"); a digit when ICU knows none.
 icu::UnicodeString spelledZero(const icu::Locale& locale) {
   UErrorCode status = U_ZERO_ERROR;
   const icu::RuleBasedNumberFormat speller(icu::URBNF_SPELLOUT, locale, status);
@@ -63,7 +64,7 @@ icu::UnicodeString spelledZero(const icu::Locale& locale) {
   return text.toTitle(nullptr, locale);
 }
 
-/// ICU says "en_US_POSIX", or nothing, where the environment names no language (C, C.UTF-8).
+/// ICU's default locale is "en_US_POSIX" or empty when the environment is C or C.UTF-8.
 bool namesNoLanguage(const icu::Locale& locale) {
   return *locale.getLanguage() == '\0' || std::string_view(locale.getVariant()) == "POSIX";
 }

@@ -10,7 +10,7 @@ namespace orvane {
 /// is chosen after rounding: 999 950 bytes is "1 Mo".
 class ByteCountFormatter {
  public:
-  /// Speaks the user's language (ICU's default locale); French where none is set.
+  /// The language is that of ICU's default locale, or French when none is set.
   ByteCountFormatter();
 
   std::string string(std::int64_t bytes) const;

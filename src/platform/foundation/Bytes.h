@@ -9,7 +9,7 @@ namespace orvane {
 /// A file, or a part of one, in memory.
 using Bytes = std::vector<std::uint8_t>;
 
-/// Somebody else's bytes, read only.
+/// Bytes that belong to somebody else, read only.
 using ByteView = std::span<const std::uint8_t>;
 
 }  // namespace orvane

@@ -11,8 +11,8 @@ class FileError : public LocalizedError {
  public:
   explicit FileError(int errorNumber);
 
-  /// Says "path : " before the system's text, where the failure would else be taken for another
-  /// file's.
+  /// The description is "path : " and the system's text. For failures that the user would else
+  /// put down to another file.
   FileError(int errorNumber, const std::string& path);
 
   int errorNumber() const noexcept { return errorNumber_; }

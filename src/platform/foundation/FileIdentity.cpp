@@ -16,9 +16,9 @@ std::optional<FileIdentity> ofExisting(const std::filesystem::path& path) {
   return FileIdentity{.device = status.st_dev, .inode = status.st_ino, .missingName = ""};
 }
 
-/// Where a chain of symbolic links leads, whether or not there is anything.
+/// The end of a chain of symbolic links, whether or not a file is there.
 std::filesystem::path linkTarget(std::filesystem::path path) {
-  constexpr int mostLinks = 40;  // as many as Linux follows
+  constexpr int mostLinks = 40;  // Linux follows as many (path_resolution(7))
   std::error_code isNoLink;
   for (int links = 0; links < mostLinks; ++links) {
     const auto target = std::filesystem::read_symlink(path, isNoLink);

@@ -8,15 +8,16 @@
 
 namespace orvane {
 
-/// Tells whether two paths lead to one file, through symbolic links and however they are spelt.
+/// Equal for two paths of one file: symbolic links are followed and spelling does not count.
 struct FileIdentity {
   dev_t device;
   ino_t inode;
-  /// Empty for a file that exists. For a missing one its lower-cased name, in the folder that
-  /// `device` and `inode` stand for: letter case may not count there.
+  /// Empty for a file that exists. For a missing one, its name, and `device` and `inode` are its
+  /// folder's. Lower-cased, because the file system may ignore letter case.
   std::string missingName;
 
-  /// Of the file as it is now. Nothing when its folder is missing too, or cannot be looked into.
+  /// Looks at the file system as it is now. Returns no value when the folder is missing too, or
+  /// cannot be searched.
   static std::optional<FileIdentity> of(const std::string& path);
 
   auto operator<=>(const FileIdentity&) const = default;

@@ -30,14 +30,15 @@ class OpenFile {
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
 
-  /// Bytes that the file is known to hold; 0 where that shows only by reading, as in a pipe.
+  /// Size of a regular file in bytes; 0 for anything else, such as a pipe.
   std::uint64_t knownSize() const {
     struct stat status = {};
     if (fstat(descriptor_, &status) != 0) throw FileError(errno);
     return S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
   }
 
-  /// Fills `bytes` from `at` on. Where the file ended, at most the size of `bytes`.
+  /// Reads into `bytes` from `at` on, until it is full or the file ends. Returns the end of the
+  /// bytes read.
   std::size_t fill(Bytes& bytes, std::size_t at) const {
     while (at < bytes.size()) {
       const ssize_t count = read(descriptor_, bytes.data() + at, bytes.size() - at);
@@ -53,7 +54,7 @@ class OpenFile {
   int descriptor_;
 };
 
-/// In steps that double, one byte past the maximum at most.
+/// Reads until the end of the file. The buffer doubles, up to one byte past the maximum.
 std::size_t fillToTheEnd(const OpenFile& file, Bytes& bytes) {
   constexpr std::size_t firstStep = 65536;
   std::size_t filled = 0;
@@ -87,7 +88,7 @@ Bytes readWhole(const std::string& path) try {
   const std::uint64_t size = file.knownSize();
   if (size > maximumReadBytes) throw FileError(EFBIG);
   Bytes bytes(size);
-  // A file of no size may still give bytes: those of the kernel, below /proc, do.
+  // Files below /proc have size 0 and yet hold bytes.
   bytes.resize(size > 0 ? file.fill(bytes, 0) : fillToTheEnd(file, bytes));
   return bytes;
 } catch (const std::bad_alloc&) {

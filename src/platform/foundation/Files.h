@@ -6,31 +6,31 @@
 
 #include "platform/foundation/Bytes.h"
 
-/// Paths are opened with their bytes as they are.
+/// Operations on files. Paths are passed to the system byte for byte.
 namespace orvane::Files {
 
 inline constexpr std::uint64_t maximumReadBytes = std::uint64_t{2} << 30;
 
-/// The whole file: a regular one by its size, anything else until its end. Throws FileError; EFBIG
-/// past `maximumReadBytes`.
+/// Reads a regular file by its size, anything else until its end. Throws FileError; its number is
+/// EFBIG for more than `maximumReadBytes`.
 Bytes readWhole(const std::string& path);
 
-/// Writes a temporary file beside `path` and puts it in its place: a reader sees the old file or
-/// the new one, whole, and on failure nothing is left behind. The new file has the mode of the one
+/// Writes a temporary file beside `path` and moves it there. A reader sees the whole old file or
+/// the whole new one, and a failure leaves nothing behind. The new file has the mode of the one
 /// that it replaces, else 0666 less the umask. Throws FileError.
 void writeAtomically(const std::string& path, ByteView bytes);
 
-/// Size in bytes, following symbolic links; nothing when it cannot be told.
+/// Size in bytes, following symbolic links; no value when the file cannot be examined.
 std::optional<std::int64_t> size(const std::string& path);
 
 bool isFolder(const std::string& path);
 
-/// Creates the folder and the missing ones above it. Whether it is there now.
+/// Creates the folder and the missing ones above it. Returns whether it exists now.
 bool createFolders(const std::string& path);
 
-/// Where applications keep their data for this user: ~/Library/Application Support on macOS, else
-/// XDG_DATA_HOME when absolute, else ~/.local/share (XDG Base Directory Specification). Nothing
-/// when the user has no home.
+/// The folder for this user's application data: ~/Library/Application Support on macOS, else
+/// XDG_DATA_HOME when absolute, else ~/.local/share (XDG Base Directory Specification). Returns no
+/// value when the user has no home folder.
 std::optional<std::string> applicationSupportFolder();
 
 }  // namespace orvane::Files

@@ -12,8 +12,8 @@ struct Releaser {
   }
 };
 
-/// Owner of an object of a C library's making, or of what such a library hangs on a structure of
-/// the caller's; `release` is the library's function that gives it back.
+/// Owner of an object that a C library made, or of the contents that it attached to a structure of
+/// the caller's. `release` is the library's function that frees it.
 template <class T, auto release>
 using Handle = std::unique_ptr<T, Releaser<release>>;
 

@@ -8,7 +8,7 @@ namespace orvane::LocalizedString {
 namespace {
 
 constexpr const char* catalogue = "orvane-cli";
-constexpr const char* systemCatalogue = "libc";  // of the GNU C library, which strerror looks into
+constexpr const char* systemCatalogue = "libc";  // the GNU C library's, used by strerror
 
 }  // namespace
 

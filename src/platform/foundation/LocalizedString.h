@@ -5,12 +5,12 @@
 
 namespace orvane::LocalizedString {
 
-/// Makes the user's locale the process's own. Messages, the system's too, come in UTF-8 whatever
-/// the locale's character set. To be called before any thread is started.
+/// Sets the process's locale to the user's. All messages, the system's included, come in UTF-8
+/// whatever the locale's character set is. Must be called before any thread is started.
 void takeUsersLocale();
 
-/// The translation of `key` in the message catalogue `orvane-cli`, or `defaultText` where there is
-/// none. An environment without a catalogue therefore speaks the tool's own language, French.
+/// The translation of `key` in the message catalogue `orvane-cli`, or `defaultText`, which is
+/// French, when there is none.
 std::string lookUp(const char* key, std::string_view defaultText);
 
 /// `format` with its first "%@" replaced by `value`.

@@ -18,7 +18,7 @@ using Locale = Handle<std::remove_pointer_t<locale_t>, freelocale>;
 
 bool isASCIIDigit(char character) { return character >= '0' && character <= '9'; }
 
-/// What strtod would skip in silence.
+/// The blanks that strtod skips.
 bool isBlank(char character) {
   return std::string_view(" \t\n\v\f\r").find(character) != std::string_view::npos;
 }

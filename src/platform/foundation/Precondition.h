@@ -6,13 +6,13 @@
 
 namespace orvane {
 
-/// Ends the process where a caller has broken its side of the contract: a programming error, never
-/// something that a file or a person can bring about.
+/// Ends the process when a caller has broken the contract: a programming error, which no file and
+/// no user can cause.
 inline void precondition(bool holds) {
   if (!holds) std::abort();
 }
 
-/// `value` as a type that must be able to hold it.
+/// Converts `value` to a type that must be able to hold it.
 template <std::integral Target>
 Target exactly(std::integral auto value) {
   precondition(std::in_range<Target>(value));

@@ -31,7 +31,7 @@ void WorkerPool::startWorker() {
   try {
     workers_.emplace_back([this] { workUntilClosed(); });
   } catch (const std::system_error&) {
-    // Out of threads: the ones there are do the work.
+    // The system has no more threads: the existing ones do the work.
   }
 }
 

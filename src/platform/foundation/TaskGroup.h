@@ -11,9 +11,9 @@
 
 namespace orvane {
 
-/// Worker threads that take tasks from one queue. Owned and used by one thread. Where the system
-/// will not give another thread, tasks wait for the ones there are; where it gives none at all, the
-/// owner runs them itself.
+/// Worker threads that take tasks from one queue. Owned and used by one thread. When the system
+/// refuses another thread, tasks wait for the existing ones; without any, the owner runs the tasks
+/// itself.
 class WorkerPool {
  public:
   WorkerPool() = default;
@@ -32,7 +32,7 @@ class WorkerPool {
   void workUntilClosed();
 
   std::vector<std::thread> workers_;  ///< the owner's thread only
-  std::mutex mutex_;                  ///< guards what follows
+  std::mutex mutex_;                  ///< guards the members below
   std::condition_variable changed_;
   std::deque<std::function<void()>> waiting_;
   bool closed_ = false;
@@ -72,7 +72,7 @@ class TaskGroup {
   std::mutex mutex_;
   std::condition_variable arrived_;
   std::deque<Result> finished_;
-  WorkerPool pool_;  ///< last: gone, with its threads, before what they use
+  WorkerPool pool_;  ///< last, so that its threads end before the members that they use
 };
 
 }  // namespace orvane

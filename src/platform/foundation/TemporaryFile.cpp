@@ -33,12 +33,12 @@ sigset_t endingSignalSet() {
 
 constinit std::atomic_flag listIsLocked;
 
-/// Not made from the name of the destination: that may already be as long as names can be.
+/// Does not contain the destination's name, which may already have the maximum length.
 std::string hiddenNameBeside(const std::string& path) {
   return path.substr(0, path.rfind('/') + 1) + ".orvane-" + UUID::random().string();
 }
 
-/// Of the file behind a symbolic link, for those of a link say nothing.
+/// Follows symbolic links, for a link's own permissions mean nothing.
 std::optional<mode_t> permissionsOfRegularFile(const std::string& path) {
   struct stat status = {};
   if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
@@ -51,8 +51,8 @@ std::string folderOf(const std::string& path) { return std::filesystem::path(pat
 
 constinit TemporaryFile* TemporaryFile::first_ = nullptr;
 
-/// Held with the ending signals blocked on its thread: a handler never interrupts a holder, and so
-/// can wait for one on another thread without a deadlock.
+/// Blocks the ending signals on its thread. A handler therefore never interrupts a holder, and can
+/// wait for one on another thread without a deadlock.
 class TemporaryFile::ListLock {
  public:
   ListLock() {
@@ -95,14 +95,14 @@ int TemporaryFile::create() {
   int descriptor = -1;
   int error = 0;
   {
-    // No file comes into being while a handler takes them away.
+    // Under the lock, no file is created after a handler has removed them.
     const ListLock lock;
     descriptor = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
                       formerPermissions.value_or(defaultPermissions));
     error = errno;
   }
   if (descriptor < 0) throw FileError(error, folderOf(path_));
-  // Gives back what the umask took away. Fails harmlessly on a file system without permissions.
+  // Restores the bits that the umask cleared. A file system without permissions may refuse.
   if (formerPermissions) fchmod(descriptor, *formerPermissions);
   return descriptor;
 }
@@ -110,7 +110,7 @@ int TemporaryFile::create() {
 void TemporaryFile::moveToDestination() {
   int error = 0;
   {
-    // No file finds its name taken away by a handler, and none gets its new one after that.
+    // Under the lock, no file is moved after a handler has removed them.
     const ListLock lock;
     isMoved_ = rename(path_.c_str(), destination_.c_str()) == 0;
     error = errno;
@@ -146,8 +146,8 @@ void TemporaryFile::installHandlers() {
 
 /// Calls async-signal-safe functions only (POSIX.1-2017, section 2.4.3).
 void TemporaryFile::removeAllAndEnd(int signal) {
-  // Taken for good, so that no file comes or moves any more. Waits no longer than two seconds, for
-  // a holder may hang in a file system that does not answer.
+  // Never released, so that no file is created or moved any more. The wait ends after two seconds,
+  // for a holder may hang in a file system that does not answer.
   for (int waits = 0; listIsLocked.test_and_set(std::memory_order_acquire) && waits < 2000;
        ++waits) {
     poll(nullptr, 0, 1);
@@ -163,7 +163,7 @@ void TemporaryFile::removeAllAndEnd(int signal) {
   sigaddset(&set, signal);
   pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
   raise(signal);
-  // The first process of a container survives the default action.
+  // The first process of a container survives the default action of a signal.
   _exit(128 + signal);
 }
 

@@ -4,12 +4,12 @@
 
 namespace orvane {
 
-/// A hidden name beside a destination, under which a file waits to take the destination's place.
-/// The file goes with the owner of the name, or when SIGINT, SIGTERM or SIGHUP ends the process,
-/// unless it has been moved before. Many may live at once, on as many threads.
+/// A hidden name beside a destination, for a file that is to be moved there. A file that has not
+/// been moved is removed by the destructor, or when SIGINT, SIGTERM or SIGHUP ends the process.
+/// Many objects may live at once, on as many threads.
 ///
-/// The first one of a process installs handlers for those signals, each only where the disposition
-/// is the default one. A handler takes the files away and lets the signal end the process.
+/// The first object of a process installs handlers for those signals, each only if the disposition
+/// is the default one. A handler removes the files and lets the signal end the process.
 class TemporaryFile {
  public:
   /// Chooses the name. Creates nothing.
@@ -21,14 +21,14 @@ class TemporaryFile {
 
   const std::string& path() const { return path_; }
 
-  /// Creates the file, empty, with the permissions of the regular file at the destination, else
-  /// 0666 less the umask. Returns a descriptor for writing, which the caller closes. Throws
-  /// FileError, which names the folder.
+  /// Creates the empty file with the permissions of the regular file at the destination, else 0666
+  /// less the umask. Returns a descriptor for writing, which the caller closes. Throws FileError,
+  /// which names the folder.
   int create();
 
-  /// Gives the file the name of the destination, in one step for whoever looks there; what had that
-  /// name is gone: a file, or a symbolic link itself, never a folder. To be called once. Throws
-  /// FileError, which names the destination; the file then still goes with its owner.
+  /// Moves the file to the destination in one step. It replaces a file or a symbolic link itself,
+  /// never a folder. Must be called once. Throws FileError, which names the destination; the
+  /// destructor then removes the file.
   void moveToDestination();
 
  private:
@@ -40,7 +40,7 @@ class TemporaryFile {
   void enlist();
   void delist();
 
-  /// The files that a signal takes away. Of the whole process, as signal handlers are; touched
+  /// The list of files that a handler removes. One per process, as signal handlers are; accessed
   /// under a ListLock only.
   static TemporaryFile* first_;
 

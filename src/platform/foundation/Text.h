@@ -5,8 +5,8 @@
 
 namespace orvane {
 
-/// Unicode text in UTF-8. Bytes that are not UTF-8 pass through `lowercased` and the comparison as
-/// U+FFFD; nothing here throws on them.
+/// Unicode text in UTF-8. `lowercased` and `equalsIgnoringCase` take bytes that are not UTF-8 for
+/// U+FFFD; no function throws on them.
 namespace Text {
 
 /// Full Unicode lower-casing, root locale.
@@ -15,7 +15,7 @@ std::string lowercased(std::string_view text);
 /// Canonical caseless match: letter case and composition do not count, accents do.
 bool equalsIgnoringCase(std::string_view left, std::string_view right);
 
-/// Without the Unicode White_Space at both ends.
+/// `text` without the Unicode White_Space at both ends.
 std::string trimmed(std::string_view text);
 
 /// `text` with every maximal ill-formed sequence (Unicode 3.9, table 3-7) replaced by U+FFFD.

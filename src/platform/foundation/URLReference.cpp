@@ -8,7 +8,7 @@
 namespace orvane {
 namespace {
 
-// RFC 3986: what the parts of a URL hold besides letters, digits and escapes.
+// The characters that the parts of a URL may hold besides letters, digits and escapes (RFC 3986).
 constexpr std::string_view schemePunctuation = "+-.";                 // section 3.1
 constexpr std::string_view hostPunctuation = "-._~!$&'()*+,;=";       // section 3.2.2
 constexpr std::string_view userPunctuation = "-._~!$&'()*+,;=:";      // section 3.2.1
@@ -45,7 +45,7 @@ bool isScheme(std::string_view text) {
   });
 }
 
-/// An IPv6 address. The zone of the network interface may follow it (RFC 6874).
+/// An IPv6 address, optionally with the zone of a network interface (RFC 6874).
 bool isIPv6Address(std::string_view text) {
   constexpr std::string_view zoneMark = "%25";
   const std::string_view address = text.substr(0, text.find(zoneMark));
@@ -74,7 +74,7 @@ bool isAuthority(std::string_view text) {
          isHostAndPort(text.substr(userEnd + 1));
 }
 
-/// Takes what stands before the first of `delimiters` off the front of `rest`.
+/// Removes the text before the first of `delimiters` from `rest`, and returns it.
 std::string_view takeUntil(std::string_view delimiters, std::string_view& rest) {
   const std::string_view part = rest.substr(0, rest.find_first_of(delimiters));
   rest.remove_prefix(part.size());
