@@ -1,7 +1,5 @@
 #include "codecs/jpeg/JPEGLibrary.h"
 
-#include <jerror.h>
-
 namespace orvane {
 
 JPEGErrors::JPEGErrors() : jpeg_error_mgr{}, start_{}, text_{} {

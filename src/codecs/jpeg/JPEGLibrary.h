@@ -6,6 +6,8 @@
 
 #include <jpeglib.h>
 
+#include <jerror.h>  // numbers its messages by what jpeglib.h defines
+
 namespace orvane {
 
 /// Brings libjpeg's errors, which it reports by a call that must not return, back as exceptions.

@@ -1,13 +1,12 @@
-#include <jerror.h>
-
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 
 #include "codecs/Exif.h"
 #include "codecs/ImageLimits.h"
 #include "codecs/ImageReader.h"
-#include "codecs/jpeg/JPEGColorProfile.h"
 #include "codecs/jpeg/JPEGLibrary.h"
+#include "platform/foundation/Handle.h"
 
 namespace orvane {
 namespace {
@@ -54,6 +53,7 @@ class JPEGSource final : public ImageSource {
 
   void readHeader();
   int orientationInHeader() const;
+  ColorSpacePtr colorSpaceInHeader(ColorSpace::Model model);
   std::size_t coefficientBytesPerPixel();
   void requireEveryScan() const;
   void readRows(std::uint8_t* pixels, std::size_t bytesPerRow);
@@ -109,6 +109,17 @@ int JPEGSource::orientationInHeader() const {
   return 1;
 }
 
+/// Of the profile in the APP2 segments (ICC.1:2010 annex B.4). A sequence of them that is broken
+/// counts as none.
+ColorSpacePtr JPEGSource::colorSpaceInHeader(ColorSpace::Model model) {
+  JOCTET* data = nullptr;
+  unsigned size = 0;
+  run([&] { jpeg_read_icc_profile(&info_, &data, &size); });
+  const Handle<JOCTET, std::free> owner(data);
+  ImageLimits::checkICC(size);
+  return ColorSpace::fromICC({data, size}, model);
+}
+
 /// What libjpeg holds of a picture of several scans until it has read the last one; rounded up.
 std::size_t JPEGSource::coefficientBytesPerPixel() {
   if (!jpeg_has_multiple_scans(&info_)) return 0;
@@ -127,8 +138,7 @@ Image JPEGSource::image() {
   Image image{.width = info_.image_width,
               .height = info_.image_height,
               .layout = output.layout,
-              .colorSpace = ColorSpace::fromICC(JPEGColorProfile::assembled(info_.marker_list),
-                                                output.model)};
+              .colorSpace = colorSpaceInHeader(output.model)};
   run([this] { jpeg_start_decompress(&info_); });
   requireEveryScan();
   std::uint8_t* pixels = allocatePackedRows(image);
@@ -194,6 +204,7 @@ bool JPEGSource::isHarmless(int warning) {
     case JWRN_ADOBE_XFORM:
     case JWRN_JFIF_MAJOR:
     case JWRN_NOT_SEQUENTIAL:  // the numbers that it finds wrong say nothing in such a scan
+    case JWRN_BOGUS_ICC:
       return true;
     case JWRN_JPEG_EOF:
       // Where more entropy-coded data is needed JWRN_HIT_MARKER follows, but not for arithmetic

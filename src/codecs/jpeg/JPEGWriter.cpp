@@ -1,10 +1,7 @@
-#include <jerror.h>
-
 #include <algorithm>
 
 #include "codecs/ImageDestination.h"
 #include "codecs/OpaqueRows.h"
-#include "codecs/jpeg/JPEGColorProfile.h"
 #include "codecs/jpeg/JPEGLibrary.h"
 #include "codecs/jpeg/JPEGSettings.h"
 
@@ -63,9 +60,7 @@ class Encoder {
     errors_.run<UnwritableImage>([&] {
       configure(colors, settings);
       jpeg_start_compress(&info_, TRUE);
-      if (!rows_.colorSpace()->isSRGB()) {
-        JPEGColorProfile::write(info_, rows_.colorSpace()->iccData());
-      }
+      if (!rows_.colorSpace()->isSRGB()) writeProfile(rows_.colorSpace()->iccData());
       writeRows();
       jpeg_finish_compress(&info_);
     });
@@ -74,6 +69,7 @@ class Encoder {
 
  private:
   void configure(J_COLOR_SPACE colors, const JPEGSettings& settings);
+  void writeProfile(ByteView profile);
   void writeRows();
 
   OpaqueRows& rows_;
@@ -98,6 +94,13 @@ void Encoder::configure(J_COLOR_SPACE colors, const JPEGSettings& settings) {
   info_.comp_info[0].v_samp_factor = lumaSampling;
   info_.optimize_coding = TRUE;
   jpeg_simple_progression(&info_);
+}
+
+void Encoder::writeProfile(ByteView profile) {
+  // ICC.1:2010 annex B.4: 255 segments at most. libjpeg would write more, with wrong numbers.
+  constexpr std::size_t longest = std::size_t{255} * 65'519;
+  if (profile.size() > longest) ERREXIT(&info_, JERR_BAD_LENGTH);
+  jpeg_write_icc_profile(&info_, profile.data(), static_cast<unsigned>(profile.size()));
 }
 
 void Encoder::writeRows() {
