@@ -87,6 +87,19 @@ TEST(NativeImageIOEncoder, neverGivesAVIFTheMaximumSetting) {
   EXPECT_EQ(encode(150), encode(99));
 }
 
+TEST(NativeImageIOEncoder, failsWhereASideIsLongerThanTheFormatTakes) {
+  const auto encode = [](std::size_t width) {
+    return encodeNative(test::gradientImage(width, 1), false, ImageFormat::jpeg, lossy(75));
+  };
+  EXPECT_NO_THROW(encode(65'500));
+  try {
+    encode(65'501);
+    FAIL();
+  } catch (const ImageProcessingError& error) {
+    EXPECT_EQ(error.localizedDescription(), "Échec de l'encodage au format JPEG.");
+  }
+}
+
 TEST(NativeImageIOEncoder, encodesLossyPlansOnly) {
   for (const ImageFormat format : {ImageFormat::jpeg, ImageFormat::heic, ImageFormat::avif}) {
     for (const EncodingPlan::Mode& mode : {EncodingPlan::Mode(EncodingPlan::Lossless{}),

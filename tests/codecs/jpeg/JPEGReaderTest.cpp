@@ -417,6 +417,18 @@ TEST(JPEGReader, refusesASizePastTheLimitsBeforeItTakesMemory) {
   expectRefused(file, "no rows");
 }
 
+TEST(JPEGReader, readsSidesOfAsManyPixelsAsLibjpegTakes) {
+  Bytes file = test::buildJPEG(grayImage(65'500, 1), {.stored = JCS_GRAYSCALE});
+  EXPECT_EQ(decode(file).width, 65'500u);
+  const std::size_t width = test::findMarker(file, startOfFrame) + 7;
+  ASSERT_EQ(file[width] << 8 | file[width + 1], 65'500);
+  for (const int tooWide : {65'501, 65'535}) {  // the format itself ends at 65 535 (T.81 B.2.2)
+    file[width] = static_cast<std::uint8_t>(tooWide >> 8);
+    file[width + 1] = static_cast<std::uint8_t>(tooWide);
+    EXPECT_EQ(refusal(file), "Maximum supported image dimension is 65500 pixels");
+  }
+}
+
 TEST(JPEGReader, refusesWhatIsNotEightBitsOfKnownColors) {
   const Bytes file = photograph();
   const std::size_t frame = test::findMarker(file, startOfFrame);

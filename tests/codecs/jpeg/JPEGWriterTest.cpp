@@ -230,9 +230,20 @@ TEST(JPEGWriter, writesTheSameBytesEveryTime) {
   EXPECT_EQ(encode(image, 0.8), encode(image, 0.8));
 }
 
-TEST(JPEGWriter, refusesSidesThatTheFormatCannotHold) {
-  EXPECT_THROW(encode(test::gradientImage(65536, 1), 0.75), UnwritableImage);
-  EXPECT_THROW(encode(test::gradientImage(1, 65536), 0.75), UnwritableImage);
+TEST(JPEGWriter, writesSidesOfAsManyPixelsAsLibjpegTakes) {
+  EXPECT_EQ(decode(encode(test::gradientImage(65'500, 1), 0.75)).width, 65'500u);
+  EXPECT_EQ(decode(encode(test::gradientImage(1, 65'500), 0.75)).height, 65'500u);
+}
+
+TEST(JPEGWriter, refusesSidesThatLibjpegDoesNotTake) {
+  for (const Image& image : {test::gradientImage(65'501, 1), test::gradientImage(1, 65'501)}) {
+    try {
+      encode(image, 0.75);
+      FAIL();
+    } catch (const UnwritableImage& error) {
+      EXPECT_STREQ(error.what(), "Maximum supported image dimension is 65500 pixels");
+    }
+  }
   Image empty = test::gradientImage(1, 1);
   empty.width = empty.bytesPerRow = 0;
   EXPECT_THROW(encode(empty, 0.75), UnwritableImage);
