@@ -11,12 +11,6 @@
 namespace orvane {
 namespace {
 
-constexpr std::array<std::uint8_t, 8> signature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-
-constexpr std::size_t lengthSize = 4;
-constexpr std::size_t typeSize = 4;
-constexpr std::size_t crcSize = 4;
-
 /// PNG clause 5.6: what tells of colour and of frames stands before the image data, eXIf anywhere.
 enum class Place { anywhere, beforeImageData };
 
@@ -44,30 +38,30 @@ bool isIntact(ByteView checked, ByteView crc) {
 }  // namespace
 
 bool hasPNGSignature(ByteView file) {
-  return file.size() >= signature.size() &&
-         std::ranges::equal(file.first(signature.size()), signature);
+  return file.size() >= pngSignature.size() &&
+         std::ranges::equal(file.first(pngSignature.size()), pngSignature);
 }
 
 PNGChunks PNGChunks::read(ByteView file) {
   PNGChunks chunks;
   bool beforeImageData = true;
-  for (ByteView rest = file.subspan(signature.size());;) {
-    constexpr std::size_t overhead = lengthSize + typeSize + crcSize;
-    const std::size_t length = rest.size() < overhead ? 0 : readPNGInteger(rest);
-    if (rest.size() < overhead || length > rest.size() - overhead) {
+  for (ByteView rest = file.subspan(pngSignature.size());;) {
+    const bool isFramed = rest.size() >= PNGChunkSize::allButPayload;
+    const std::size_t length = isFramed ? readPNGInteger(rest) : 0;
+    if (!isFramed || length > rest.size() - PNGChunkSize::allButPayload) {
       throw UnreadableImage("the file ends before IEND");
     }
-    const ByteView checked = rest.subspan(lengthSize, typeSize + length);
-    const ByteView crc = rest.subspan(lengthSize + checked.size(), crcSize);
-    rest = rest.subspan(overhead + length);
+    const ByteView checked = rest.subspan(PNGChunkSize::length, PNGChunkSize::type + length);
+    const ByteView crc = rest.subspan(PNGChunkSize::length + checked.size(), PNGChunkSize::crc);
+    rest = rest.subspan(PNGChunkSize::allButPayload + length);
 
-    const std::string_view type(reinterpret_cast<const char*>(checked.data()), typeSize);
+    const std::string_view type(reinterpret_cast<const char*>(checked.data()), PNGChunkSize::type);
     if (type == "IEND") return chunks;
     if (type == "IDAT") beforeImageData = false;
     const auto slot = std::ranges::find(slots, type, &Slot::type);
     if (slot == slots.end() || chunks.*slot->payload) continue;
     if ((beforeImageData || slot->place == Place::anywhere) && isIntact(checked, crc)) {
-      chunks.*slot->payload = checked.subspan(typeSize);
+      chunks.*slot->payload = checked.subspan(PNGChunkSize::type);
     }
   }
 }

@@ -1,20 +1,13 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 
-#include "platform/foundation/Bytes.h"
+#include "codecs/png/PNGFormat.h"
 
 namespace orvane {
 
-/// Whether the file begins as PNG files do (PNG, third edition, clause 5.2).
+/// Whether the file begins as PNG files do (PNG clause 5.2).
 bool hasPNGSignature(ByteView file);
-
-/// A number as PNG stores it: four bytes, the most significant first.
-constexpr std::uint32_t readPNGInteger(ByteView bytes) {
-  return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 |
-         std::uint32_t{bytes[2]} << 8 | bytes[3];
-}
 
 /// The payloads, in the file's own bytes, of the ancillary chunks that say how to show a PNG. One
 /// that is missing, damaged (its CRC) or out of place is absent; of several of a kind the first

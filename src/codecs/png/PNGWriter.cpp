@@ -10,12 +10,6 @@
 namespace orvane::PNGWriter {
 namespace {
 
-/// What a chunk takes beside its payload: length, type and CRC.
-constexpr std::size_t chunkOverhead = 12;
-
-/// PNG clause 5.3: lengths have 31 bits.
-constexpr std::size_t largestPayload = 0x7FFFFFFF;
-
 constexpr std::uint8_t indexedColor = 3;
 
 void appendText(Bytes& bytes, std::string_view text) {
@@ -88,10 +82,6 @@ std::int64_t costOf(const std::uint8_t* filtered, std::size_t count) {
 
 }  // namespace
 
-void appendUInt32BE(Bytes& file, std::uint32_t value) {
-  for (const int shift : {24, 16, 8, 0}) file.push_back(static_cast<std::uint8_t>(value >> shift));
-}
-
 void appendPNGChunk(Bytes& file, std::string_view type, ByteView payload) {
   appendUInt32BE(file, exactly<std::uint32_t>(payload.size()));
   const std::size_t checked = file.size();
@@ -159,8 +149,8 @@ Bytes beginPNG(std::size_t width, std::size_t height, std::uint8_t colorType) {
 
 void finishPNG(Bytes& file, ByteView filteredRows) {
   const Bytes compressed = zlibCompress(filteredRows);
-  if (compressed.size() > largestPayload) throw ZlibError();
-  file.reserve(file.size() + compressed.size() + 2 * chunkOverhead);
+  if (compressed.size() > PNGChunkSize::largestPayload) throw ZlibError();
+  file.reserve(file.size() + compressed.size() + 2 * PNGChunkSize::allButPayload);
   appendPNGChunk(file, "IDAT", compressed);
   appendPNGChunk(file, "IEND", {});
 }

@@ -8,7 +8,7 @@
 #include <span>
 #include <string_view>
 
-#include "platform/foundation/Bytes.h"
+#include "codecs/png/PNGFormat.h"
 
 namespace orvane {
 
@@ -39,7 +39,8 @@ enum class Filter : std::uint8_t { none, sub, up, average, paeth };
 inline constexpr std::array allFilters{Filter::none, Filter::sub, Filter::up, Filter::average,
                                        Filter::paeth};
 
-inline constexpr std::array<std::uint8_t, 8> pngSignature{137, 80, 78, 71, 13, 10, 26, 10};
+using orvane::appendUInt32BE;
+using orvane::pngSignature;
 
 /// An indexed file of depth 8. `indices`: width × height bytes, rows from the top.
 /// Throws ZlibError.
@@ -54,8 +55,6 @@ std::int64_t apply(Filter filter, const std::uint8_t* row, const std::uint8_t* p
 
 /// One zlib stream: level 9 up to 2 MiB of input, level 6 beyond. Throws ZlibError.
 Bytes zlibCompress(ByteView bytes);
-
-void appendUInt32BE(Bytes& file, std::uint32_t value);
 
 /// Length, type, payload and CRC (PNG clause 5.3).
 void appendPNGChunk(Bytes& file, std::string_view type, ByteView payload);
