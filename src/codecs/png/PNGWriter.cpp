@@ -5,9 +5,16 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "picture/ImageProcessingError.h"
 #include "platform/foundation/Precondition.h"
 
-namespace orvane::PNGWriter {
+namespace orvane {
+
+ZlibError::ZlibError()
+    : LocalizedError(
+          ImageProcessingError::encodingFailed(ImageFormat::png).localizedDescription()) {}
+
+namespace PNGWriter {
 namespace {
 
 constexpr std::uint8_t indexedColor = 3;
@@ -174,4 +181,5 @@ Bytes writeIndexedPNG(std::size_t width, std::size_t height, ByteView indices,
   return file;
 }
 
-}  // namespace orvane::PNGWriter
+}  // namespace PNGWriter
+}  // namespace orvane

@@ -3,22 +3,23 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <exception>
 #include <optional>
 #include <span>
 #include <string_view>
 
 #include "codecs/png/PNGFormat.h"
+#include "platform/foundation/LocalizedError.h"
 
 namespace orvane {
 
-/// zlib would not compress.
-class ZlibError : public std::exception {
+/// zlib would not compress. To the user a PNG file could not be encoded.
+class ZlibError : public LocalizedError {
  public:
   enum class Case { compressionFailed };
 
+  ZlibError();
+
   Case errorCase() const noexcept { return Case::compressionFailed; }
-  const char* what() const noexcept override { return "zlib compression failed"; }
 };
 
 /// Whole PNG files and the pieces they are made of (ISO/IEC 15948).

@@ -8,6 +8,7 @@
 #include <random>
 
 #include "support/PNGFile.h"
+#include "support/ShortMemory.h"
 #include "support/TestProfiles.h"
 
 namespace orvane {
@@ -90,6 +91,22 @@ TEST(PNGWriter, appendsTheProfileUnderItsNameCompressed) {
   const Bytes stream = compressedAt(9, profile);
   payload.insert(payload.end(), stream.begin(), stream.end());
   EXPECT_EQ(file, test::pngChunk({"iCCP", payload}));
+}
+
+TEST(PNGWriterDeathTest, reportsThatZlibDoesNotCompressAsAnEncodingThatFailed) {
+  if (test::endsWithoutMemory()) GTEST_SKIP() << "there is no memory to be short of";
+  const auto compressWithoutMemory = [] {
+    test::leaveMemory(0);  // zlib's window alone takes 64 KiB
+    try {
+      PNGWriter::zlibCompress(Bytes{1, 2, 3});
+    } catch (const ZlibError& error) {
+      const bool isRight = error.errorCase() == ZlibError::Case::compressionFailed &&
+                           error.localizedDescription() == "Échec de l'encodage au format PNG.";
+      std::_Exit(isRight ? 0 : 1);
+    }
+    std::_Exit(2);
+  };
+  EXPECT_EXIT(compressWithoutMemory(), testing::ExitedWithCode(0), "");
 }
 
 // Indexed files
