@@ -59,6 +59,15 @@ Bytes encodeWebP(const Image& image, WebPCoding coding) {
   return bytes;
 }
 
+Bytes withUnusedAlpha(ByteView webp) {
+  constexpr std::size_t dataAt = 20;            // RIFF header, then the header of the only chunk
+  constexpr std::uint8_t alphaIsUsed = 1 << 4;  // after signature, width and height: bit 36
+  Bytes file(webp.begin(), webp.end());
+  require(file.size() > dataAt + 4 && file[15] == 'L' && (file[dataAt + 4] & alphaIsUsed) != 0);
+  file[dataAt + 4] &= static_cast<std::uint8_t>(~alphaIsUsed);
+  return file;
+}
+
 Bytes withMetadata(ByteView webp, const WebPMetadata& metadata) {
   const Mux mux(WebPMuxNew());
   const WebPData still = viewOf(webp);

@@ -28,6 +28,14 @@ Demuxer demux(ByteView file) {
   return demuxer;
 }
 
+/// Sets the alpha of a frame's pixels to 255.
+void makeOpaque(const WebPBitstreamFeatures& frame, std::uint8_t* pixels, std::size_t bytesPerRow) {
+  const auto rowSize = static_cast<std::size_t>(frame.width) * channelCount(ChannelLayout::rgba);
+  for (int y = 0; y < frame.height; ++y, pixels += bytesPerRow) {
+    for (std::size_t at = 3; at < rowSize; at += 4) pixels[at] = 255;
+  }
+}
+
 /// Decodes a frame to R, G, B, A with straight alpha, 255 where it has none.
 void decode(const WebPData& frame, std::uint8_t* pixels, std::size_t bytesPerRow,
             std::size_t size) {
@@ -38,6 +46,12 @@ void decode(const WebPData& frame, std::uint8_t* pixels, std::size_t bytesPerRow
   config.output.u.RGBA = {.rgba = pixels, .stride = static_cast<int>(bytesPerRow), .size = size};
   if (WebPDecode(frame.bytes, frame.size, &config) != VP8_STATUS_OK) {
     throw UnreadableImage("WebP data is damaged or incomplete");
+  }
+  // A lossless frame codes an alpha also where its header says that it is not used, and libwebp
+  // hands it out.
+  constexpr int lossless = 2;
+  if (config.input.format == lossless && !config.input.has_alpha) {
+    makeOpaque(config.input, pixels, bytesPerRow);
   }
 }
 

@@ -32,6 +32,31 @@ TEST(WebPReader, readsAlphaAsStraight) {
   EXPECT_EQ(meanDifference(image, drawn), 0);
 }
 
+TEST(WebPReader, isOpaqueWhereALosslessStillDoesNotUseItsAlpha) {
+  const Image drawn = alphaGradientImage(40, 21);
+  const Bytes still = withUnusedAlpha(encodeWebP(drawn, WebPCoding::lossless));
+  for (const Bytes& file : {still, withMetadata(still, {.exif = exifBlock(1)})}) {
+    const Image image = decode(file);
+    EXPECT_TRUE(isOpaqueRendering(image));
+    for (std::size_t x = 0; x < image.width; ++x) {
+      Pixel expected = pixelAt(drawn, x, 5);
+      expected[3] = 255;
+      ASSERT_EQ(pixelAt(image, x, 5), expected) << x;
+    }
+  }
+}
+
+TEST(WebPReader, isOpaqueOnlyWhereAFrameThatDoesNotUseItsAlphaLies) {
+  const Bytes frame = withUnusedAlpha(encodeWebP(alphaGradientImage(10, 6), WebPCoding::lossless));
+  const Image image = decode(animateWebP(20, 12, {{frame, 4, 2}, {frame}}));
+  for (std::size_t y = 0; y < image.height; ++y) {
+    for (std::size_t x = 0; x < image.width; ++x) {
+      const bool isInside = x >= 4 && x < 14 && y >= 2 && y < 8;
+      ASSERT_EQ(pixelAt(image, x, y)[3], isInside ? 255 : 0) << x << ", " << y;
+    }
+  }
+}
+
 TEST(WebPReader, readsLossyStills) {
   const Image drawn = gradientImage(65, 33);
   const Image image = decode(encodeWebP(drawn, WebPCoding::lossy));
