@@ -11,6 +11,7 @@
 
 #include "codecs/ImageSource.h"
 #include "codecs/jpeg/JPEGLibrary.h"
+#include "codecs/jxl/JXLLibrary.h"
 #include "picture/ColorProfile.h"
 #include "picture/ImageProcessingError.h"
 #include "platform/foundation/Memory.h"
@@ -136,7 +137,7 @@ void requireTranscodable(ByteView jpeg) {
   requireMemory(header.image_width, header.image_height);
 }
 
-Bytes transcoded(ByteView jpeg, int effort) {
+Bytes repacked(ByteView jpeg, int effort) {
   requireTranscodable(jpeg);
   const JxlEncoderPtr encoder = JxlEncoderMake(nullptr);
   require(encoder != nullptr);
@@ -148,6 +149,24 @@ Bytes transcoded(ByteView jpeg, int effort) {
   require(JxlEncoderAddJPEGFrame(settings, jpeg.data(), jpeg.size()));
   JxlEncoderCloseInput(encoder.get());
   return drainOutput(encoder.get());
+}
+
+/// Throws unless every byte of `jpeg` comes back out of `jxl`. libjxl 0.7 takes some files that it
+/// cannot rebuild, as those with two ICC segments of the same number.
+void requireRebuilding(ByteView jpeg, ByteView jxl) {
+  const JxlDecoderPtr decoder =
+      JXLLibrary::makeDecoder(jxl, JXL_DEC_JPEG_RECONSTRUCTION | JXL_DEC_FULL_IMAGE);
+  JXLLibrary::advance(decoder.get(), JXL_DEC_JPEG_RECONSTRUCTION);
+  Bytes rebuilt(jpeg.size());  // libjxl 0.7 starts over in a smaller buffer
+  JxlDecoderSetJPEGBuffer(decoder.get(), rebuilt.data(), rebuilt.size());
+  JXLLibrary::advance(decoder.get(), JXL_DEC_FULL_IMAGE);
+  require(JxlDecoderReleaseJPEGBuffer(decoder.get()) == 0 && std::ranges::equal(rebuilt, jpeg));
+}
+
+Bytes transcoded(ByteView jpeg, int effort) {
+  Bytes jxl = repacked(jpeg, effort);
+  requireRebuilding(jpeg, jxl);
+  return jxl;
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ double distance(double quality);
 Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan);
 
 /// The same JPEG in a JPEG XL container (ISO/IEC 18181-2), with what is needed to rebuild the file
-/// bit for bit; nothing when libjxl cannot. `effort` is libjxl's.
+/// bit for bit, which has been tried; nothing when libjxl cannot. `effort` is libjxl's.
 std::optional<Bytes> transcodeJPEG(ByteView jpeg, int effort);
 
 }  // namespace orvane::JXLEncoder

@@ -1,32 +1,14 @@
-#include <jxl/decode.h>
-#include <jxl/decode_cxx.h>
-
-#include <new>
-
 #include "codecs/ImageLimits.h"
 #include "codecs/ImageReader.h"
 #include "codecs/jxl/JXLColors.h"
+#include "codecs/jxl/JXLLibrary.h"
 #include "platform/graphics/RowRenderer.h"
 
 namespace orvane {
 namespace {
 
-/// A decoder that holds the whole of `file` and will report `events`.
-JxlDecoderPtr makeDecoder(ByteView file, int events) {
-  JxlDecoderPtr decoder = JxlDecoderMake(nullptr);
-  if (!decoder) throw std::bad_alloc();
-  if (JxlDecoderSubscribeEvents(decoder.get(), events) != JXL_DEC_SUCCESS ||
-      JxlDecoderSetInput(decoder.get(), file.data(), file.size()) != JXL_DEC_SUCCESS) {
-    throw UnreadableImage("libjxl takes no input");
-  }
-  JxlDecoderCloseInput(decoder.get());
-  return decoder;
-}
-
-/// Decodes up to `event`, which must be the next to come.
-void advance(JxlDecoder* decoder, JxlDecoderStatus event) {
-  if (JxlDecoderProcessInput(decoder) != event) throw UnreadableImage("damaged or incomplete");
-}
+using JXLLibrary::advance;
+using JXLLibrary::makeDecoder;
 
 bool isBlack(const JxlDecoder* decoder, std::uint32_t channel) {
   JxlExtraChannelInfo info;
