@@ -29,7 +29,7 @@ Bytes encodeJXL(const Picture& picture, const EncodingPlan& plan, PNGForm) {
 }
 
 std::optional<Bytes> repackJPEG(ByteView file, EncodingPlan::Effort effort) {
-  return JXLEncoder::transcodeJPEG(file, ordinal(effort) + 5);
+  return JXLEncoder::transcodeJPEG(file, JXLEncoder::effort(effort));
 }
 
 template <ImageFormat::Case format>

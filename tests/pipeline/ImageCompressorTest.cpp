@@ -8,9 +8,11 @@
 #include <cstring>
 
 #include "codecs/ImageSource.h"
+#include "codecs/jxl/JXLEncoder.h"
 #include "picture/ImageProcessingError.h"
 #include "pipeline/ImageDecoder.h"
 #include "support/JPEGBuilder.h"
+#include "support/JXLBuilder.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestFiles.h"
 #include "support/TestImages.h"
@@ -149,6 +151,33 @@ TEST_F(ImageCompressorTest, repacksAJPEGAsJPEGXLFromQuality90On) {
   EXPECT_TRUE(repacked(100));
   EXPECT_FALSE(repacked(89.99));
   EXPECT_FALSE(repacked(std::nan("")));
+}
+
+TEST_F(ImageCompressorTest, repacksAJPEGWithTheEffortOfItsSize) {
+  const std::string path = sources / "a.jpg";
+  const auto expectEffort = [&](std::size_t width, std::size_t height, int effort) {
+    const Bytes jpeg = test::buildJPEG(test::gradientImage(width, height));
+    writeFile(path, jpeg);
+    ASSERT_EQ(compress(path, ImageFormat::jxl, 90).error, std::nullopt);
+    EXPECT_TRUE(readFile(outputs / "a.jxl") == test::buildJXLFromJPEG(jpeg, effort)) << effort;
+  };
+  expectEffort(300, 200, 7);
+  expectEffort(4'000, 3'001, 5);
+}
+
+TEST_F(ImageCompressorTest, keepsARepackedJPEGAlthoughItsPixelsWouldBeSmaller) {
+  const std::string path = sources / "a.jpg";
+  const Image flat = test::drawImage(64, 64, ChannelLayout::rgba, AlphaKind::none, 8,
+                                     ColorSpace::sRGB(), [](std::size_t, std::size_t) {
+                                       return test::Pixel{40, 90, 200, 255};
+                                     });
+  const Bytes jpeg = jpegFile(flat);
+  writeFile(path, jpeg);
+  compress(path, ImageFormat::jxl, 95);
+  const Bytes output = readFile(outputs / "a.jxl");
+  EXPECT_EQ(test::rebuildJPEG(output), jpeg);
+  const EncodingPlan lossless{.mode = EncodingPlan::Lossless{}};
+  EXPECT_LT(JXLEncoder::encode(RGBABuffer(flat), false, lossless).size(), output.size());
 }
 
 TEST_F(ImageCompressorTest, encodesThePixelsOfOtherSourcesAsJPEGXL) {

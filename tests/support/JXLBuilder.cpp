@@ -76,7 +76,8 @@ JxlEncoderFrameSettings* makeSettings(JxlEncoder* encoder, const JXLOptions& opt
   JxlEncoderFrameSettings* settings = JxlEncoderFrameSettingsCreate(encoder, nullptr);
   if (!options.xybDistance) require(JxlEncoderSetFrameLossless(settings, JXL_TRUE), "lossless");
   require(JxlEncoderSetFrameDistance(settings, options.xybDistance.value_or(0)), "distance");
-  require(JxlEncoderFrameSettingsSetOption(settings, JXL_ENC_FRAME_SETTING_EFFORT, 3), "effort");
+  require(JxlEncoderFrameSettingsSetOption(settings, JXL_ENC_FRAME_SETTING_EFFORT, options.effort),
+          "effort");
   return settings;
 }
 
@@ -167,6 +168,17 @@ Bytes buildJXL(std::span<const Image> frames, const JXLOptions& options) {
 
 Bytes buildJXL(const Image& image, const JXLOptions& options) {
   return buildJXL(std::span(&image, 1), options);
+}
+
+Bytes buildJXLFromJPEG(ByteView jpeg, int effort) {
+  const JxlEncoderPtr encoder = JxlEncoderMake(nullptr);
+  require(JxlEncoderUseContainer(encoder.get(), JXL_TRUE), "container");
+  require(JxlEncoderStoreJPEGMetadata(encoder.get(), JXL_TRUE), "JPEG metadata");
+  JxlEncoderFrameSettings* settings = JxlEncoderFrameSettingsCreate(encoder.get(), nullptr);
+  require(JxlEncoderFrameSettingsSetOption(settings, JXL_ENC_FRAME_SETTING_EFFORT, effort),
+          "effort");
+  require(JxlEncoderAddJPEGFrame(settings, jpeg.data(), jpeg.size()), "JPEG");
+  return finish(encoder.get());
 }
 
 Bytes buildFloatJXL(std::span<const float> samples) {

@@ -15,6 +15,7 @@ namespace orvane::test {
 struct JXLOptions {
   /// Lossy at this distance, in XYB; absent: lossless, in the picture's own colours.
   std::optional<float> xybDistance;
+  int effort = 3;
   std::optional<int> bitsPerSample;  ///< absent: the picture's
   int exponentBits = 0;              ///< above 0 the samples are floats
   /// sRGB, or grey sRGB, without either of these.
@@ -35,6 +36,9 @@ Bytes buildJXL(const Image& image, const JXLOptions& options = {});
 
 /// Whether this libjxl writes premultiplied alpha.
 bool canBuildPremultipliedJXL();
+
+/// `jpeg` in a container, with what libjxl rebuilds it from.
+Bytes buildJXLFromJPEG(ByteView jpeg, int effort);
 
 /// A one-row picture of 32-bit floats, R, G, B.
 Bytes buildFloatJXL(std::span<const float> samples);

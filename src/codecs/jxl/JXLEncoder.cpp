@@ -21,9 +21,6 @@ namespace {
 
 constexpr std::size_t scratchBytes = std::size_t{1} << 20;
 
-/// libjxl's effort for the fast tier; each next tier is one more.
-constexpr int lowestEffort = 5;
-
 void require(bool succeeded) {
   if (!succeeded) throw ImageProcessingError::encodingFailed(ImageFormat::jxl);
 }
@@ -189,7 +186,7 @@ Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan) {
                std::holds_alternative<EncodingPlan::Lossless>(plan.mode));
   setColors(encoder.get(), *rgba.colorSpace);
   setQuality(settings, plan.mode);
-  setEffort(settings, lowestEffort + ordinal(plan.effort));
+  setEffort(settings, effort(plan.effort));
   if (hasAlpha) {
     addFrame(settings, rgba.pixels, 4);
   } else {

@@ -11,6 +11,9 @@ namespace orvane::JXLEncoder {
 /// of 0…100. Quality is capped at 99: lossy coding never comes closer than 0.19.
 double distance(double quality);
 
+/// libjxl's effort for a tier: 5, 6 or 7.
+constexpr int effort(EncodingPlan::Effort tier) { return 5 + ordinal(tier); }
+
 /// A bare JPEG XL codestream (ISO/IEC 18181-1) of the pixels; `hasAlpha` keeps the alpha channel.
 /// Throws ImageProcessingError::encodingFailed, std::bad_alloc.
 Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan);
