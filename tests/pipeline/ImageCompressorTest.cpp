@@ -11,6 +11,7 @@
 #include "codecs/jxl/JXLEncoder.h"
 #include "picture/ImageProcessingError.h"
 #include "pipeline/ImageDecoder.h"
+#include "support/FailingZlib.h"
 #include "support/JPEGBuilder.h"
 #include "support/JXLBuilder.h"
 #include "support/TemporaryFolder.h"
@@ -123,6 +124,14 @@ TEST_F(ImageCompressorTest, namesAFolderThatHasTheNameOfTheOutput) {
   EXPECT_EQ(compress(path, ImageFormat::jpeg, 75).error,
             outputs / "a.jpg : " + std::strerror(EISDIR));
   EXPECT_EQ(outputs.names(), std::vector<std::string>{"a.jpg"});
+}
+
+TEST_F(ImageCompressorTest, reportsAPNGThatZlibDoesNotCompress) {
+  const std::string path = sources / "a.png";
+  writeFile(path, pngFile(test::gradientImage(16, 16)));
+  const test::FailingZlib zlib(2);  // for the palette and for truecolour
+  EXPECT_EQ(compress(path, ImageFormat::png, 75).error, "Échec de l'encodage au format PNG.");
+  EXPECT_TRUE(outputs.names().empty());
 }
 
 TEST_F(ImageCompressorTest, writesAnOutputThatGrewAndSaysSo) {

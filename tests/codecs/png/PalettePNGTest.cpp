@@ -4,6 +4,7 @@
 
 #include "codecs/png/PNGQuantEncoder.h"
 #include "picture/ColorProfile.h"
+#include "support/FailingZlib.h"
 #include "support/TestImages.h"
 #include "support/TestProfiles.h"
 
@@ -52,6 +53,22 @@ TEST(PalettePNG, isLosslessWhereThePaletteCannotBeHad) {
   const RGBABuffer empty(0, 0, makePixelMemory(0), ColorSpace::sRGB());  // no picture to quantise
   const EncodingPlan plan{.mode = EncodingPlan::Lossy{80}, .quality = 80};
   EXPECT_EQ(PalettePNG::encode(empty, plan), PNGQuantEncoder::encodeLossless(empty, plan));
+}
+
+TEST(PalettePNG, isLosslessWhereTheIndexedFileCannotBeWritten) {
+  const RGBABuffer buffer(test::noisyImage(30, 20));
+  const EncodingPlan plan{.mode = EncodingPlan::Lossy{80}, .quality = 80};
+  const Bytes lossless = PNGQuantEncoder::encodeLossless(buffer, plan);
+  ASSERT_NE(PalettePNG::encode(buffer, plan), lossless);
+  const test::FailingZlib zlib(1);
+  EXPECT_EQ(PalettePNG::encode(buffer, plan), lossless);
+}
+
+TEST(PalettePNG, failsOnlyWhereTheLosslessFileCannotBeWrittenEither) {
+  const RGBABuffer buffer(test::noisyImage(30, 20));
+  const test::FailingZlib zlib(2);
+  EXPECT_THROW(PalettePNG::encode(buffer, {.mode = EncodingPlan::Lossy{80}, .quality = 80}),
+               ZlibError);
 }
 
 }  // namespace
