@@ -84,4 +84,13 @@ Bytes cmykProfile() {
   return ICCProfile::serialized(profile);
 }
 
+ColorSpacePtr spaceOfLongProfile(std::uint32_t size) {
+  Bytes profile = displayP3Profile();
+  profile.resize(size);
+  for (int i = 0; i < 4; ++i) {
+    profile[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(size >> (24 - 8 * i));
+  }
+  return ColorSpace::fromICC(profile, ColorSpace::Model::rgb);
+}
+
 }  // namespace orvane::test

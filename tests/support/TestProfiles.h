@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Bytes.h"
+#include "platform/graphics/ColorSpace.h"
 
 /// ICC profiles made by Little CMS for tests.
 namespace orvane::test {
@@ -14,5 +15,8 @@ Bytes otherMakeSRGBProfile();
 
 /// A simple CMYK profile of multiplicative inks on yellowish paper.
 Bytes cmykProfile();
+
+/// Display P3 by a profile of `size` bytes, most of them behind its last tag, where nobody looks.
+ColorSpacePtr spaceOfLongProfile(std::uint32_t size);
 
 }  // namespace orvane::test

@@ -12,7 +12,8 @@ enum class WebPCoding { lossy, lossless };
 /// A still of an 8-bit rgba picture. Lossless keeps the colours below alpha 0 too.
 Bytes encodeWebP(const Image& image, WebPCoding coding);
 
-/// A lossless still of one chunk whose header says that its alpha is not used (RFC 9649 clause 3.4).
+/// A lossless still of one chunk whose header says that its alpha is not used (RFC 9649
+/// clause 3.4).
 Bytes withUnusedAlpha(ByteView webp);
 
 struct WebPMetadata {

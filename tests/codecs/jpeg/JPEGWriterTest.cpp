@@ -180,18 +180,8 @@ TEST(JPEGWriter, carriesTheProfileUnlessItIsSRGB) {
       hasMarker(encode(test::patchImage(40, 30, ColorSpace::sRGB()), 0.75), profileMarker));
 }
 
-/// A profile of `size` bytes, most of them behind its last tag, where nobody looks.
-ColorSpacePtr spaceOfLongProfile(std::uint32_t size) {
-  Bytes profile = test::displayP3Profile();
-  profile.resize(size);
-  for (int i = 0; i < 4; ++i) {
-    profile[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(size >> (24 - 8 * i));
-  }
-  return ColorSpace::fromICC(profile, ColorSpace::Model::rgb);
-}
-
 TEST(JPEGWriter, splitsLongProfiles) {
-  const auto space = spaceOfLongProfile(200'000);
+  const auto space = test::spaceOfLongProfile(200'000);
   ASSERT_EQ(space->iccData().size(), 200'000u);
   const Image image = decode(encode(test::patchImage(40, 30, space), 0.75));
   EXPECT_TRUE(std::ranges::equal(image.colorSpace->iccData(), space->iccData()));
@@ -199,8 +189,9 @@ TEST(JPEGWriter, splitsLongProfiles) {
 
 TEST(JPEGWriter, refusesProfilesLongerThanAllTheirSegments) {
   constexpr std::uint32_t longest = 255 * 65'519;  // ICC.1:2010 annex B.4
-  EXPECT_GT(encode(test::patchImage(8, 8, spaceOfLongProfile(longest)), 0.75).size(), longest);
-  const Image image = test::patchImage(8, 8, spaceOfLongProfile(longest + 1));
+  EXPECT_GT(encode(test::patchImage(8, 8, test::spaceOfLongProfile(longest)), 0.75).size(),
+            longest);
+  const Image image = test::patchImage(8, 8, test::spaceOfLongProfile(longest + 1));
   ASSERT_EQ(image.colorSpace->iccData().size(), longest + 1);
   EXPECT_THROW(encode(image, 0.75), UnwritableImage);
 }

@@ -5,9 +5,12 @@
 #include <webp/decode.h>
 #include <webp/demux.h>
 
+#include <cstdlib>
+
 #include "codecs/webp/WebPEncoderSteps.h"
 #include "picture/ImageProcessingError.h"
 #include "platform/foundation/Handle.h"
+#include "support/ShortMemory.h"
 #include "support/TestBuffers.h"
 #include "support/TestProfiles.h"
 
@@ -345,6 +348,22 @@ TEST(WebPEncoder, attachesAProfileOnlyToAWebPFile) {
   EXPECT_EQ(profileIn(*attached), profile);
   EXPECT_FALSE(WebPEncoder::attach(profile, Bytes{1, 2, 3, 4}).has_value());
   EXPECT_FALSE(WebPEncoder::attach(profile, ByteView(file).first(20)).has_value());
+}
+
+TEST(WebPEncoderDeathTest, leavesOutAProfileThatThereIsNoMemoryFor) {
+  if (test::endsWithoutMemory()) GTEST_SKIP() << "sanitizers end the process";
+  constexpr std::size_t profileSize = std::size_t{64} << 20;
+  const RGBABuffer buffer =
+      test::bufferOf(test::patchImage(30, 20, test::spaceOfLongProfile(profileSize)));
+  const EncodingPlan plan{.mode = Lossy{75}};
+  ASSERT_EQ(profileIn(encode(buffer, plan)).size(), profileSize);
+  const Bytes withoutProfile =
+      WebPEncoder::encodePicture(buffer, WebPEncoder::configuration(plan, false, {}));
+  const auto encodeInShortMemory = [&] {
+    test::leaveMemory(profileSize / 2);
+    std::_Exit(encode(buffer, plan) == withoutProfile ? 0 : 1);
+  };
+  EXPECT_EXIT(encodeInShortMemory(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
