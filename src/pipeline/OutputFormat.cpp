@@ -6,7 +6,6 @@
 
 #include "codecs/jxl/JXLEncoder.h"
 #include "codecs/png/PNGQuantEncoder.h"
-#include "codecs/png/PNGWriter.h"
 #include "codecs/png/PalettePNG.h"
 #include "codecs/webp/WebPEncoder.h"
 #include "picture/ImageProcessingError.h"
@@ -102,8 +101,6 @@ Bytes OutputFormat::encode(const Picture& picture, const EncodingPlan& plan, PNG
     throw ImageProcessingError::encodingFailed(format);
   }
   return encodeForm(picture, plan, pngForm);
-} catch (const ZlibError&) {
-  throw ImageProcessingError::encodingFailed(format);
 } catch (const std::bad_alloc&) {
   throw ImageProcessingError::encodingFailed(format);
 }
