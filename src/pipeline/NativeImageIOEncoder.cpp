@@ -6,24 +6,14 @@
 #include "codecs/ImageDestination.h"
 #include "picture/ImageProcessingError.h"
 #include "platform/foundation/Precondition.h"
-#include "platform/graphics/BitmapContext.h"
+#include "platform/graphics/Flatten.h"
 
 namespace orvane::NativeImageIOEncoder {
 namespace {
 
-enum class Backdrop { none, white };
-
-/// An alpha-free 8-bit copy, composed over `backdrop`; nothing when it cannot be made. A picture
-/// that is its own copy already shares its memory.
+/// An alpha-free 8-bit copy, or nothing when there is no memory for it.
 std::optional<Image> opaqueCopy(const Image& image, Backdrop backdrop) try {
-  if (isOpaqueRendering(image)) return image;
-  auto context =
-      BitmapContext::create(image.width, image.height, 8, BitmapContext::Alpha::noneSkipLast,
-                            renderingSpace(image.colorSpace));
-  if (!context) return std::nullopt;
-  if (backdrop == Backdrop::white) context->fillWhite();
-  context->draw(image);
-  return std::move(*context).makeImage();
+  return flatten(image, backdrop);
 } catch (const std::bad_alloc&) {
   return std::nullopt;
 }

@@ -1,11 +1,15 @@
 #include "pipeline/ImageDecoder.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <fstream>
 #include <string_view>
 
 #include "picture/ImageProcessingError.h"
 #include "support/JPEGBuilder.h"
+#include "support/PNGBuilder.h"
 #include "support/TestImages.h"
 #include "support/TestProfiles.h"
 #include "support/WebPBuilder.h"
@@ -39,20 +43,25 @@ std::pair<std::size_t, std::size_t> stored(int orientation, std::size_t x, std::
   }
 }
 
-void expectUpright(const Image& image, int orientation) {
-  const auto upright = ImageDecoder::applyOrientation(orientation, image);
-  ASSERT_TRUE(upright.has_value()) << orientation;
+/// Compares `upright` with `image` as it is stored, both R, G, B, A.
+void expectTurned(const Image& upright, const Image& image, int orientation) {
   const bool swapsSides = orientation >= 5;
-  ASSERT_EQ(upright->width, swapsSides ? image.height : image.width);
-  ASSERT_EQ(upright->height, swapsSides ? image.width : image.height);
-  EXPECT_EQ(upright->bitsPerComponent, image.bitsPerComponent);
-  for (std::size_t y = 0; y < upright->height; ++y) {
-    for (std::size_t x = 0; x < upright->width; ++x) {
+  ASSERT_EQ(upright.width, swapsSides ? image.height : image.width);
+  ASSERT_EQ(upright.height, swapsSides ? image.width : image.height);
+  EXPECT_EQ(upright.bitsPerComponent, image.bitsPerComponent);
+  for (std::size_t y = 0; y < upright.height; ++y) {
+    for (std::size_t x = 0; x < upright.width; ++x) {
       const auto [sx, sy] = stored(orientation, x, y, image.width, image.height);
-      ASSERT_EQ(test::pixelAt(*upright, x, y), test::pixelAt(image, sx, sy))
+      ASSERT_EQ(test::pixelAt(upright, x, y), test::pixelAt(image, sx, sy))
           << "orientation " << orientation << " at " << x << ", " << y;
     }
   }
+}
+
+void expectUpright(const Image& image, int orientation) {
+  const auto upright = ImageDecoder::applyOrientation(orientation, image);
+  ASSERT_TRUE(upright.has_value()) << orientation;
+  expectTurned(*upright, image, orientation);
 }
 
 TEST(ImageDecoder, turnsEveryOrientationUpright) {
@@ -95,6 +104,91 @@ TEST(ImageDecoder, turnsInTheSpaceOfThePictureWhereItCan) {
   const auto turned = ImageDecoder::applyOrientation(2, gray);
   EXPECT_TRUE(turned->colorSpace->isSRGB());
   EXPECT_EQ(test::pixelAt(*turned, 0, 0), (Pixel{1, 1, 1, 255}));
+}
+
+/// Decodes what `build` makes of each of EXIF's orientations. The first is upright as it is stored.
+template <typename Build>
+void expectUprightFiles(const Build& build) {
+  const Image image = ImageDecoder::decodeImageSource(build(1)).image;
+  for (std::uint32_t orientation = 1; orientation <= 8; ++orientation) {
+    const auto turned = ImageDecoder::decodeImageSource(build(orientation)).image;
+    expectTurned(turned, image, static_cast<int>(orientation));
+  }
+}
+
+TEST(ImageDecoder, decodesATurnedJPEGUpright) {
+  expectUprightFiles([](std::uint32_t orientation) {
+    return test::buildJPEG(test::noisyImage(23, 18),
+                           {.segments = {test::exifSegment(orientation)}});
+  });
+}
+
+TEST(ImageDecoder, decodesATurnedPNGUpright) {
+  expectUprightFiles([](std::uint32_t orientation) {
+    return test::buildPNG(
+        {.width = 23,
+         .height = 18,
+         .pixelAt = [](std::size_t x, std::size_t y) -> Pixel {
+           return {static_cast<std::uint16_t>(x * 11), static_cast<std::uint16_t>(y * 14), 99};
+         },
+         .beforeData = {{"eXIf", test::exifBlock(orientation)}}});
+  });
+}
+
+TEST(ImageDecoder, decodesATurnedWebPUpright) {
+  const Bytes still = test::encodeWebP(test::gradientImage(23, 18), test::WebPCoding::lossless);
+  expectUprightFiles([&](std::uint32_t orientation) {
+    return test::withMetadata(still, {.exif = test::exifBlock(orientation)});
+  });
+}
+
+TEST(ImageDecoder, countsTheFramesOfASourceAndDecodesTheFirst) {
+  const Image first = test::gradientImage(8, 6);
+  const Bytes still = test::encodeWebP(first, test::WebPCoding::lossless);
+  const Bytes next =
+      test::encodeWebP(test::patchImage(8, 6, ColorSpace::sRGB()), test::WebPCoding::lossless);
+  const auto animation =
+      ImageDecoder::decodeImageSource(test::animateWebP(8, 6, {{still}, {next}, {next}}));
+  EXPECT_EQ(animation.frameCount, 3U);
+  expectTurned(animation.image, first, 1);
+  EXPECT_EQ(ImageDecoder::decodeImageSource(still).frameCount, 1U);
+}
+
+/// While it lives, the process gets `bytes` of memory more than it has.
+class MemoryLimit {
+ public:
+  explicit MemoryLimit(std::size_t bytes) {
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    getrlimit(RLIMIT_AS, &former_);
+    const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const rlimit limit{pages * pageSize + bytes, former_.rlim_max};
+    setrlimit(RLIMIT_AS, &limit);
+  }
+  ~MemoryLimit() { setrlimit(RLIMIT_AS, &former_); }
+  MemoryLimit(const MemoryLimit&) = delete;
+  MemoryLimit& operator=(const MemoryLimit&) = delete;
+
+ private:
+  rlimit former_{};
+};
+
+TEST(ImageDecoder, usesThePictureAsStoredWithoutMemoryToTurnIt) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers end the process where there is no memory";
+#endif
+  // 16 MiB of grey, 64 MiB of R, G, B, A.
+  const Bytes file = test::buildPNG({.width = 4100,
+                                     .height = 4092,
+                                     .colorType = test::grayType,
+                                     .pixelAt = [](std::size_t, std::size_t) { return Pixel{9}; },
+                                     .beforeData = {{"eXIf", test::exifBlock(6)}}});
+  const auto widthWith = [&](std::size_t freeBytes) {
+    const MemoryLimit limit(freeBytes);
+    return ImageDecoder::decodeImageSource(file).image.width;
+  };
+  EXPECT_EQ(widthWith(std::size_t{40} << 20), 4100U);
+  EXPECT_EQ(widthWith(std::size_t{200} << 20), 4092U);
 }
 
 void expectRefused(ByteView bytes, std::string_view name) {
