@@ -7,6 +7,7 @@
 
 #include "codecs/ImageLimits.h"
 #include "platform/foundation/Handle.h"
+#include "platform/graphics/CodePointsProfile.h"
 
 namespace orvane {
 namespace {
@@ -42,10 +43,19 @@ std::optional<Bytes> embeddedProfile(ByteView iCCP) {
   return inflateProfile(iCCP.subspan(nameSize + 2));
 }
 
+/// Whether code points name a whole space. One unspecified number of the two is no more use than
+/// both: the chunks that follow cICP say the whole, where the missing half would be a guess. Grey
+/// has no primaries and needs only the curve.
+bool areUsable(CodePoints codePoints, ColorSpace::Model model) {
+  return model == ColorSpace::Model::gray ? decodingCurve(codePoints.transfer) != nullptr
+                                          : makeProfile(codePoints) != nullptr;
+}
+
 /// PNG clause 11.3.2.6: primaries, transfer, matrix (0, as the picture is RGB) and full range.
-std::optional<CodePoints> codePointsIn(ByteView cICP) {
+std::optional<CodePoints> codePointsIn(ByteView cICP, ColorSpace::Model model) {
   if (cICP.size() != 4 || cICP[2] != 0 || cICP[3] != 1) return std::nullopt;
-  return CodePoints{cICP[0], cICP[1]};
+  const CodePoints codePoints{cICP[0], cICP[1]};
+  return areUsable(codePoints, model) ? std::optional(codePoints) : std::nullopt;
 }
 
 /// What cHRM holds (PNG clause 11.3.2.1), in its units: x and y of the white point, red, green and
@@ -99,7 +109,7 @@ ColorSpacePtr colorSpaceOfGamma(ByteView gAMA, const std::optional<ByteView>& cH
 
 ColorSpacePtr pngColorSpace(const PNGChunks& chunks, ColorSpace::Model model) {
   if (chunks.codePoints) {
-    if (const auto codePoints = codePointsIn(*chunks.codePoints)) {
+    if (const auto codePoints = codePointsIn(*chunks.codePoints, model)) {
       return ColorSpace::fromCodePoints(*codePoints, model);
     }
   }

@@ -57,6 +57,25 @@ TEST(PNGColorSpace, ignoresCodePointsThatArePartOfAnotherMatrixOrRange) {
   }
 }
 
+TEST(PNGColorSpace, goesOnWithoutCodePointsThatNameNoSpace) {
+  const PNGChunk profile = profileChunk(adobeRGBProfile());
+  // Unspecified, reserved, XYZ; one of the two numbers.
+  for (const Bytes& payload : {Bytes{2, 2, 0, 1}, Bytes{0, 0, 0, 1}, Bytes{10, 13, 0, 1},
+                               Bytes{1, 255, 0, 1}, Bytes{2, 13, 0, 1}, Bytes{12, 2, 0, 1}}) {
+    const PNGChunk nothing{"cICP", payload};
+    EXPECT_EQ(profileOf(spaceOf({nothing, profile, sRGBIntent})), adobeRGBProfile());
+    EXPECT_TRUE(spaceOf({nothing, sRGBIntent, gamma(50'000)})->isSRGB());
+    EXPECT_FALSE(spaceOf({nothing, gamma(50'000)})->isSRGB());
+    EXPECT_TRUE(spaceOf({nothing})->isSRGB());
+  }
+}
+
+TEST(PNGColorSpace, needsOnlyTheCurveOfCodePointsForGrey) {
+  const PNGChunk profile = profileChunk(grayGamma22Profile());
+  EXPECT_EQ(spaceOf({{"cICP", {2, 8, 0, 1}}, profile}, grayType)->codePoints()->transfer, 8);
+  EXPECT_EQ(profileOf(spaceOf({{"cICP", {1, 2, 0, 1}}, profile}, grayType)), grayGamma22Profile());
+}
+
 TEST(PNGColorSpace, appliesToGreyToo) {
   EXPECT_EQ(profileOf(spaceOf({profileChunk(grayGamma22Profile())}, grayType)),
             grayGamma22Profile());
