@@ -3,11 +3,25 @@
 #include <memory>
 #include <new>
 
+#include "codecs/ImageLimits.h"
 #include "codecs/ImageSource.h"
 #include "picture/ImageProcessingError.h"
+#include "platform/graphics/GammaEncode.h"
 #include "platform/graphics/Orient.h"
 
 namespace orvane::ImageDecoder {
+namespace {
+
+/// The first picture of `source`, as it is stored, in a space that 8 bits are enough for.
+Image decode(ImageSource& source) {
+  const Image image = source.image();
+  if (!image.colorSpace->isLinear()) return image;
+  constexpr std::size_t encodedBytesPerPixel = 8;
+  ImageLimits::check(image.width, image.height, encodedBytesPerPixel);
+  return gammaEncode(image);
+}
+
+}  // namespace
 
 std::optional<Image> applyOrientation(int orientation, const Image& image) try {
   if (!isTurned(orientation)) return std::nullopt;
@@ -20,7 +34,7 @@ DecodedImage decodeImageSource(ByteView fileData) try {
   const std::unique_ptr<ImageSource> source = ImageSource::create(fileData);
   const auto format = ImageFormat::fromTypeIdentifier(source->typeIdentifier());
   if (!format) throw ImageProcessingError::decodingFailed();
-  DecodedImage decoded{*format, source->image(), source->frameCount()};
+  DecodedImage decoded{*format, decode(*source), source->frameCount()};
   if (auto upright = applyOrientation(source->orientation(), decoded.image)) {
     decoded.image = std::move(*upright);
   }

@@ -14,7 +14,8 @@ struct DecodedImage {
   std::size_t frameCount;
 };
 
-/// Decodes the first picture of a file and turns it upright.
+/// Decodes the first picture of a file and turns it upright. A picture of linear light comes with
+/// sRGB's curve, in 16 bits.
 /// Throws ImageProcessingError::decodingFailed.
 DecodedImage decodeImageSource(ByteView fileData);
 

@@ -8,7 +8,9 @@
 #include <string_view>
 
 #include "picture/ImageProcessingError.h"
+#include "support/AVIFBuilder.h"
 #include "support/JPEGBuilder.h"
+#include "support/JXLBuilder.h"
 #include "support/PNGBuilder.h"
 #include "support/TestImages.h"
 #include "support/TestProfiles.h"
@@ -17,7 +19,11 @@
 namespace orvane {
 namespace {
 
+using Model = ColorSpace::Model;
 using test::Pixel;
+
+const JxlColorEncoding linearJXL =
+    test::jxlEncoding(JXL_COLOR_SPACE_RGB, JXL_PRIMARIES_SRGB, JXL_TRANSFER_FUNCTION_LINEAR);
 
 /// Where the pixel (x, y) of the upright picture lies in the stored one, by CIPA DC-008's own
 /// words: what the 0th row and the 0th column are.
@@ -152,6 +158,61 @@ TEST(ImageDecoder, countsTheFramesOfASourceAndDecodesTheFirst) {
   EXPECT_EQ(animation.frameCount, 3U);
   expectTurned(animation.image, first, 1);
   EXPECT_EQ(ImageDecoder::decodeImageSource(still).frameCount, 1U);
+}
+
+TEST(ImageDecoder, encodesLinearLightWhateverTheFormat) {
+  const test::PNGChunk linear{"gAMA", test::pngIntegers({100'000})};
+  const auto png = [&](std::uint8_t colorType, std::uint8_t bitDepth) {
+    return test::buildPNG({.colorType = colorType,
+                           .bitDepth = bitDepth,
+                           .pixelAt =
+                               [](std::size_t, std::size_t) {
+                                 return Pixel{1, 1, 1};
+                               },
+                           .beforeData = {linear}});
+  };
+  const Image flat =
+      test::drawImage(64, 64, ChannelLayout::rgba, AlphaKind::none, 8,
+                      ColorSpace::fromCodePoints({1, 8}, Model::rgb), [](std::size_t, std::size_t) {
+                        return Pixel{1, 1, 1, 255};
+                      });
+  const struct {
+    Bytes file;
+    int value;
+    int tolerance;
+  } rows[]{{png(test::rgbType, 16), 13, 0},
+           {png(test::rgbType, 8), 3266, 0},
+           {png(test::grayType, 8), 3266, 0},
+           {test::buildAVIF(flat, {.codePoints = {1, 8}}), 3266, 0},
+           {test::buildJXL(flat, {.xybDistance = 0.2F, .encoding = linearJXL}), 3266, 40},
+           {test::buildJXL(flat, {.encoding = linearJXL}), 3266, 0}};
+  for (const auto& row : rows) {
+    const Image image = ImageDecoder::decodeImageSource(row.file).image;
+    EXPECT_EQ(image.bitsPerComponent, 16);
+    EXPECT_TRUE(image.colorSpace->isSRGB());
+    for (std::size_t c = 0; c < 3; ++c) {
+      EXPECT_NEAR(test::pixelAt(image, 0, 0)[c], row.value, row.tolerance);
+    }
+  }
+}
+
+TEST(ImageDecoder, encodesLinearLightBeforeItTurnsIt) {
+  const Bytes profile = test::linearAdobeRGBProfile();
+  const auto still = [&](std::uint32_t orientation) {
+    return test::buildPNG(
+        {.width = 5,
+         .height = 3,
+         .colorType = test::rgbaType,
+         .pixelAt = [](std::size_t x, std::size_t y) -> Pixel {
+           return {static_cast<std::uint16_t>(x * 60), static_cast<std::uint16_t>(y * 120), 2, 255};
+         },
+         .beforeData = {test::profileChunk(profile), {"eXIf", test::exifBlock(orientation)}}});
+  };
+  const Image image = ImageDecoder::decodeImageSource(still(1)).image;
+  EXPECT_FALSE(image.colorSpace->isLinear());
+  const Image turned = ImageDecoder::decodeImageSource(still(6)).image;
+  EXPECT_EQ(turned.alpha, AlphaKind::premultiplied);
+  expectTurned(turned, image, 6);
 }
 
 /// While it lives, the process gets `bytes` of memory more than it has.

@@ -21,6 +21,11 @@ Bytes rgbProfile(const cmsCIExyYTRIPLE& primaries, cmsToneCurve* curve) {
       ProfileHandle(cmsCreateRGBProfile(&d65, &primaries, curves.data())));
 }
 
+const cmsCIExyYTRIPLE adobePrimaries{{0.640, 0.330, 1}, {0.210, 0.710, 1}, {0.150, 0.060, 1}};
+const cmsCIExyYTRIPLE p3Primaries{{0.680, 0.320, 1}, {0.265, 0.690, 1}, {0.150, 0.060, 1}};
+
+ToneCurveHandle straightCurve() { return ToneCurveHandle(cmsBuildGamma(nullptr, 1)); }
+
 int inkToLab(const cmsUInt16Number in[], cmsUInt16Number out[], void*) {
   const double black = 1 - in[3] / 65535.0;
   const auto channel = [&](int ink) { return (1 - in[ink] / 65535.0) * black; };
@@ -37,19 +42,38 @@ int inkToLab(const cmsUInt16Number in[], cmsUInt16Number out[], void*) {
 
 }  // namespace
 
-Bytes displayP3Profile() {
-  const cmsCIExyYTRIPLE p3{{0.680, 0.320, 1}, {0.265, 0.690, 1}, {0.150, 0.060, 1}};
-  return rgbProfile(p3, sRGBCurve().get());
-}
+Bytes displayP3Profile() { return rgbProfile(p3Primaries, sRGBCurve().get()); }
 
 Bytes adobeRGBProfile() {
-  const cmsCIExyYTRIPLE adobe{{0.640, 0.330, 1}, {0.210, 0.710, 1}, {0.150, 0.060, 1}};
-  return rgbProfile(adobe, ToneCurveHandle(cmsBuildGamma(nullptr, 563.0 / 256)).get());
+  return rgbProfile(adobePrimaries, ToneCurveHandle(cmsBuildGamma(nullptr, 563.0 / 256)).get());
 }
 
 Bytes grayGamma22Profile() {
   const ToneCurveHandle curve(cmsBuildGamma(nullptr, 2.2));
   return ICCProfile::serialized(ProfileHandle(cmsCreateGrayProfile(&d65, curve.get())));
+}
+
+Bytes linearAdobeRGBProfile() { return rgbProfile(adobePrimaries, straightCurve().get()); }
+
+Bytes linearGrayProfile() {
+  return ICCProfile::serialized(ProfileHandle(cmsCreateGrayProfile(&d65, straightCurve().get())));
+}
+
+Bytes grayLightnessProfile() {
+  const ProfileHandle profile(cmsCreateGrayProfile(&d65, straightCurve().get()));
+  cmsSetPCS(profile.get(), cmsSigLabData);
+  return ICCProfile::serialized(profile);
+}
+
+Bytes tabledLinearProfile() {
+  const ToneCurveHandle straight = straightCurve();
+  const std::array<cmsToneCurve*, 3> curves{straight.get(), straight.get(), straight.get()};
+  const ProfileHandle profile(cmsCreateRGBProfile(&d65, &p3Primaries, curves.data()));
+  cmsPipeline* pipeline = cmsPipelineAlloc(nullptr, 3, 3);
+  cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 3, nullptr));
+  cmsWriteTag(profile.get(), cmsSigAToB0Tag, pipeline);
+  cmsPipelineFree(pipeline);
+  return ICCProfile::serialized(profile);
 }
 
 Bytes otherMakeSRGBProfile() {

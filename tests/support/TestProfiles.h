@@ -10,6 +10,18 @@ Bytes displayP3Profile();
 Bytes adobeRGBProfile();
 Bytes grayGamma22Profile();
 
+/// Adobe RGB's primaries in linear light.
+Bytes linearAdobeRGBProfile();
+
+/// Grey in linear light.
+Bytes linearGrayProfile();
+
+/// Grey whose curve, which is straight, gives lightness (CIE L*) and not light.
+Bytes grayLightnessProfile();
+
+/// Display P3's matrix with straight curves, and a table, which counts in their place.
+Bytes tabledLinearProfile();
+
 /// sRGB under another name and with a curve table in place of the formula.
 Bytes otherMakeSRGBProfile();
 

@@ -83,35 +83,22 @@ void prefer(JxlDecoder* decoder, ColorSpace::Model model, JxlPrimaries primaries
   JxlDecoderSetPreferredColorProfile(decoder, &preference);
 }
 
-/// The same colours with sRGB's curve where `space` is linear, which 8 bits are too few for.
-ColorSpacePtr withoutLinearLight(const ColorSpacePtr& space) {
-  const auto points = space->codePoints();
-  if (!points || points->transfer != JXL_TRANSFER_FUNCTION_LINEAR) return space;
-  return ColorSpace::fromCodePoints({points->primaries, sRGBCodePoints.transfer},
-                                    ColorSpace::Model::rgb);
-}
-
 }  // namespace
 
 JXLColors JXLColors::choose(JxlDecoder* decoder, const JxlBasicInfo& info) {
   const auto model =
       info.num_color_channels == 1 ? ColorSpace::Model::gray : ColorSpace::Model::rgb;
-  if (info.uses_original_profile) {
+  // A picture in libjxl's own XYB can be had in any enumerated encoding, and only in such.
+  if (info.uses_original_profile || encoding(decoder, JXL_COLOR_PROFILE_TARGET_ORIGINAL)) {
     const ColorSpacePtr own = decodedSpace(decoder, model);
     return {own, own};
-  }
-  // A picture in libjxl's own XYB can be had in any enumerated encoding, and only in such.
-  if (const auto original = encoding(decoder, JXL_COLOR_PROFILE_TARGET_ORIGINAL)) {
-    const ColorSpacePtr own = decodedSpace(decoder, model);
-    const bool isLinear = original->transfer_function == JXL_TRANSFER_FUNCTION_LINEAR;
-    return {own, isLinear ? withoutLinearLight(own) : own};
   }
   const ColorSpacePtr embedded =
       ColorSpace::fromICC(profile(decoder, JXL_COLOR_PROFILE_TARGET_ORIGINAL), model);
   const bool isWide = embedded->supportsOutput() && !embedded->isSRGB();
   prefer(decoder, model, isWide ? JXL_PRIMARIES_2100 : JXL_PRIMARIES_SRGB);
   const ColorSpacePtr decoded = decodedSpace(decoder, model);
-  return {decoded, embedded->supportsOutput() ? withoutLinearLight(embedded) : decoded};
+  return {decoded, embedded->supportsOutput() ? embedded : decoded};
 }
 
 }  // namespace orvane

@@ -69,7 +69,9 @@ class JXLSource final : public ImageSource {
     advance(decoder.get(), JXL_DEC_COLOR_ENCODING);
     const JXLColors colors = JXLColors::choose(decoder.get(), info_);
     const bool isConverted = colors.decoded != colors.image;
-    const int depth = depthOf(info_);
+    // XYB has more shades than 8 bits of linear light can hold.
+    const bool isDeeper = !info_.uses_original_profile && colors.image->isLinear();
+    const int depth = isDeeper ? 16 : depthOf(info_);
     Image image{.width = info_.xsize,
                 .height = info_.ysize,
                 // In between, 8 bits would be rounded twice.

@@ -154,6 +154,22 @@ std::optional<CodePoints> ColorSpace::codePoints() const {
   return recognised(ICCProfile::open(iccData_));
 }
 
+bool ColorSpace::isLinear() const {
+  if (isSRGB() || model_ == Model::cmyk) return false;
+  const ProfileHandle profile = ICCProfile::open(iccData_);
+  return profile && ICCProfile::isLinear(profile);
+}
+
+ColorSpacePtr ColorSpace::withSRGBCurve() const {
+  if (model_ == Model::gray) return sRGB();
+  if (codePoints_) return fromCodePoints({codePoints_->primaries, sRGBTransfer}, model_);
+  const ProfileHandle profile = ICCProfile::open(iccData_);
+  const ToneCurveHandle curve = decodingCurve(sRGBTransfer);
+  const ProfileHandle encoded = ICCProfile::withCurve(profile, curve);
+  ICCProfile::describe(encoded, "sRGB curve on other primaries");
+  return fromICC(ICCProfile::serialized(encoded), model_);
+}
+
 ColorSpacePtr renderingSpace(const ColorSpacePtr& own) {
   return own->supportsOutput() ? own : ColorSpace::sRGB();
 }

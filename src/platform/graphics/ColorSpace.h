@@ -67,6 +67,13 @@ class ColorSpace {
   /// A profile is recognised by what it does, at each call.
   std::optional<CodePoints> codePoints() const;
 
+  /// Whether the numbers are amounts of light: grey, or RGB by a matrix, whose curves are straight.
+  bool isLinear() const;
+
+  /// The space to show a picture of this linear one in: the same primaries with sRGB's curve, sRGB
+  /// for grey.
+  ColorSpacePtr withSRGBCurve() const;
+
   /// Whether pictures can be rendered into this space: RGB, and its profile converts both ways.
   bool supportsOutput() const { return supportsOutput_; }
 

@@ -6,6 +6,11 @@
 #include <string_view>
 
 namespace orvane::ICCProfile {
+namespace {
+
+constexpr std::array curveTags{cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag};
+
+}  // namespace
 
 ProfileHandle open(ByteView profile) {
   return ProfileHandle(
@@ -17,6 +22,38 @@ bool isForGray(ByteView profile) {
   constexpr std::size_t dataColorSpace = 16;  // a byte's number
   return profile.size() >= dataColorSpace + gray.size() &&
          std::ranges::equal(profile.subspan(dataColorSpace, gray.size()), gray);
+}
+
+bool isLinear(const ProfileHandle& profile) {
+  // Tables, which come before curves, and grey curves to lightness are for no light.
+  const bool isGray = cmsGetColorSpace(profile.get()) == cmsSigGrayData;
+  if (cmsIsTag(profile.get(), cmsSigAToB0Tag) || cmsIsTag(profile.get(), cmsSigAToB1Tag) ||
+      (isGray && cmsGetPCS(profile.get()) != cmsSigXYZData)) {
+    return false;
+  }
+  const auto isStraight = [&](cmsTagSignature tag) {
+    const auto* curve = static_cast<const cmsToneCurve*>(cmsReadTag(profile.get(), tag));
+    return curve != nullptr && cmsIsToneCurveLinear(curve);
+  };
+  if (isGray) return isStraight(cmsSigGrayTRCTag);
+  return cmsIsMatrixShaper(profile.get()) && std::ranges::all_of(curveTags, isStraight);
+}
+
+ProfileHandle withCurve(const ProfileHandle& matrix, const ToneCurveHandle& curve) {
+  ProfileHandle profile(cmsCreateProfilePlaceholder(nullptr));
+  if (!profile) throw std::bad_alloc();
+  cmsSetProfileVersion(profile.get(), 4.3);
+  cmsSetDeviceClass(profile.get(), cmsSigDisplayClass);
+  cmsSetColorSpace(profile.get(), cmsSigRgbData);
+  cmsSetPCS(profile.get(), cmsSigXYZData);
+  cmsWriteTag(profile.get(), cmsSigMediaWhitePointTag, cmsD50_XYZ());
+  for (const cmsTagSignature tag :
+       {cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag,
+        cmsSigChromaticAdaptationTag, cmsSigCopyrightTag}) {
+    if (const void* value = cmsReadTag(matrix.get(), tag)) cmsWriteTag(profile.get(), tag, value);
+  }
+  for (const cmsTagSignature tag : curveTags) cmsWriteTag(profile.get(), tag, curve.get());
+  return profile;
 }
 
 void describe(const ProfileHandle& profile, const std::string& name) {

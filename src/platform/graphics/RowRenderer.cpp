@@ -99,11 +99,6 @@ void changeDepth(std::span<const std::uint16_t> in, std::uint8_t* out) {
   for (const std::uint16_t value : in) *out++ = static_cast<std::uint8_t>((value + 128u) / 257);
 }
 
-template <typename Component>
-void changeDepth(std::span<const Component> in, Component* out) {
-  std::ranges::copy(in, out);
-}
-
 /// The colours mean the same, or are taken to: grey and ink without a profile have no other meaning
 /// than their numbers.
 bool sameNumbers(const ColorSpace& source, const ColorSpace& target) {
@@ -119,22 +114,25 @@ struct RowRenderer::Steps {
   AlphaForm alphaForm;
   std::optional<ColorTransform> transform;
   std::vector<std::uint16_t> straightRow;  ///< a source row made straight before conversion
-  std::vector<std::uint16_t> rgbaRow;      ///< a row of the source's depth before its change
+  std::vector<std::uint16_t> deepRow;      ///< a row of 16 bits, where one of the depths is 8
 
   template <typename Source, typename Target>
   void render(const Source* in, Target* out) {
-    if constexpr (std::is_same_v<Source, Target>) {
-      renderAtSourceDepth(in, out);
+    if constexpr (sizeof(Source) == sizeof(Target)) {
+      renderAtOneDepth(in, out);
+    } else if constexpr (sizeof(Source) < sizeof(Target)) {
+      deepRow.resize(image.width * channelCount(image.layout));
+      changeDepth(std::span<const Source>(in, deepRow.size()), deepRow.data());
+      renderAtOneDepth<std::uint16_t>(deepRow.data(), out);
     } else {
-      rgbaRow.resize(image.width * 4);
-      auto* row = reinterpret_cast<Source*>(rgbaRow.data());
-      renderAtSourceDepth(in, row);
-      changeDepth(std::span<const Source>(row, image.width * 4), out);
+      deepRow.resize(image.width * 4);
+      renderAtOneDepth(in, deepRow.data());
+      changeDepth(std::span<const std::uint16_t>(deepRow), out);
     }
   }
 
   template <typename Component>
-  void renderAtSourceDepth(const Component* in, Component* out) {
+  void renderAtOneDepth(const Component* in, Component* out) {
     const std::span<Component> row(out, image.width * 4);
     AlphaKind alpha = image.alpha;
     if (transform) {
@@ -170,7 +168,8 @@ RowRenderer::RowRenderer(const Image& image, const ColorSpacePtr& target, int bi
     : steps_(std::make_unique<Steps>(
           Steps{.image = image, .bitsPerComponent = bitsPerComponent, .alphaForm = alphaForm})) {
   if (sameNumbers(*image.colorSpace, *target)) return;
-  ColorTransform transform(*image.colorSpace, image.layout, *target, image.bitsPerComponent);
+  ColorTransform transform(*image.colorSpace, image.layout, *target,
+                           std::max(image.bitsPerComponent, bitsPerComponent));
   if (transform.isPossible()) steps_->transform = std::move(transform);
 }
 

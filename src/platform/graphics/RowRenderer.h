@@ -10,8 +10,8 @@ namespace orvane {
 /// Renders the rows of one picture, one at a time, as R, G, B, A of 8 or 16 bits in a given RGB
 /// space. Same space in and out: the numbers are untouched. Other spaces are converted relative
 /// colorimetric with black-point compensation; uncalibrated CMYK becomes (255 − C)(255 − K) / 255
-/// and so on. Straight to premultiplied: c·a/max, rounded to nearest. Not for use by several
-/// threads at once.
+/// and so on. Straight to premultiplied: c·a/max, rounded to nearest. All of this is done at
+/// the deeper one of the two depths. Not for use by several threads at once.
 class RowRenderer {
  public:
   /// What the rendered colours are multiplied with.

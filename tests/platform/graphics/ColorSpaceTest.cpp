@@ -110,6 +110,64 @@ TEST(ColorSpace, hasACurveForEveryTransferThatStandsInTheTable) {
   EXPECT_NEAR(cmsEvalToneCurveFloat(decodingCurve(18).get(), 0.5), 1.0 / 12, 1e-3);
 }
 
+TEST(ColorSpace, tellsLinearLight) {
+  constexpr Chromaticities adobe{{0.64, 0.33}, {0.21, 0.71}, {0.15, 0.06}, {0.3127, 0.329}, 1};
+  for (const ColorSpacePtr& linear :
+       {ColorSpace::fromCodePoints({1, 8}, Model::rgb),
+        ColorSpace::fromCodePoints({12, 8}, Model::rgb),
+        ColorSpace::fromCodePoints({1, 8}, Model::gray),
+        ColorSpace::fromChromaticities(adobe, Model::rgb),
+        ColorSpace::fromChromaticities(adobe, Model::gray),
+        ColorSpace::fromICC(test::linearAdobeRGBProfile(), Model::rgb),
+        ColorSpace::fromICC(test::linearGrayProfile(), Model::gray)}) {
+    EXPECT_TRUE(linear->isLinear());
+  }
+  for (const ColorSpacePtr& other :
+       {ColorSpace::sRGB(), ColorSpace::standard(Model::gray), ColorSpace::standard(Model::cmyk),
+        ColorSpace::fromCodePoints(displayP3CodePoints, Model::rgb),
+        ColorSpace::fromCodePoints({9, 16}, Model::rgb),
+        ColorSpace::fromICC(test::adobeRGBProfile(), Model::rgb),
+        ColorSpace::fromICC(test::grayGamma22Profile(), Model::gray),
+        ColorSpace::fromICC(test::grayLightnessProfile(), Model::gray),
+        ColorSpace::fromICC(test::tabledLinearProfile(), Model::rgb),
+        ColorSpace::fromICC(test::cmykProfile(), Model::cmyk)}) {
+    EXPECT_FALSE(other->isLinear());
+  }
+}
+
+TEST(ColorSpace, givesLinearLightSRGBsCurveOnTheSamePrimaries) {
+  EXPECT_EQ(ColorSpace::fromCodePoints({1, 8}, Model::rgb)->withSRGBCurve(), ColorSpace::sRGB());
+  EXPECT_EQ(ColorSpace::fromCodePoints({1, 8}, Model::gray)->withSRGBCurve(), ColorSpace::sRGB());
+  EXPECT_EQ(ColorSpace::fromICC(test::linearGrayProfile(), Model::gray)->withSRGBCurve(),
+            ColorSpace::sRGB());
+  EXPECT_EQ(ColorSpace::fromCodePoints({22, 8}, Model::rgb)->withSRGBCurve()->codePoints(),
+            (CodePoints{22, 13}));
+  const Bytes linearP3 = copyOf(ColorSpace::fromCodePoints({12, 8}, Model::rgb)->iccData());
+  EXPECT_EQ(ColorSpace::fromICC(linearP3, Model::rgb)->withSRGBCurve()->codePoints(),
+            displayP3CodePoints);
+  const Bytes linearSRGB = copyOf(ColorSpace::fromCodePoints({1, 8}, Model::rgb)->iccData());
+  EXPECT_EQ(ColorSpace::fromICC(linearSRGB, Model::rgb)->withSRGBCurve(), ColorSpace::sRGB());
+}
+
+TEST(ColorSpace, makesAProfileOfTheSamePrimariesForLinearLight) {
+  const auto linear = ColorSpace::fromICC(test::linearAdobeRGBProfile(), Model::rgb);
+  const auto encoded = linear->withSRGBCurve();
+  EXPECT_FALSE(encoded->isLinear());
+  EXPECT_TRUE(encoded->supportsOutput());
+  EXPECT_EQ(encoded->codePoints(), std::nullopt);
+  EXPECT_EQ(copyOf(encoded->iccData()), copyOf(linear->withSRGBCurve()->iccData()));
+  const ProfileHandle from = ICCProfile::open(linear->iccData());
+  const ProfileHandle made = ICCProfile::open(encoded->iccData());
+  for (const auto tag : {cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag}) {
+    const auto* own = static_cast<const cmsCIEXYZ*>(cmsReadTag(from.get(), tag));
+    const auto* other = static_cast<const cmsCIEXYZ*>(cmsReadTag(made.get(), tag));
+    ASSERT_NE(other, nullptr);
+    EXPECT_EQ(own->X, other->X);
+    EXPECT_EQ(own->Y, other->Y);
+    EXPECT_EQ(own->Z, other->Z);
+  }
+}
+
 TEST(ColorSpace, makesAnEquivalentProfileForChromaticities) {
   constexpr Chromaticities adobe{
       {0.64, 0.33}, {0.21, 0.71}, {0.15, 0.06}, {0.3127, 0.3290}, 2.19921875};

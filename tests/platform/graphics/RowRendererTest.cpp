@@ -127,6 +127,19 @@ TEST(RowRenderer, changesTheDepth) {
             (Row16{65535, 257, 0, 65535}));
 }
 
+TEST(RowRenderer, worksAtTheDeeperDepth) {
+  const Image premultiplied =
+      onePixel(ChannelLayout::rgba, AlphaKind::premultiplied, 8, ColorSpace::sRGB(), {1, 0, 2, 2});
+  EXPECT_EQ(rendered<std::uint16_t>(premultiplied, AlphaForm::straight),
+            (Row16{32768, 0, 65535, 514}));
+  const ColorSpacePtr p3 = ColorSpace::fromICC(test::displayP3Profile(), ColorSpace::Model::rgb);
+  const Image shallow = onePixel(ChannelLayout::rgb, AlphaKind::none, 8, p3, {100, 110, 120});
+  const Image deep =
+      onePixel(ChannelLayout::rgb, AlphaKind::none, 16, p3, {100 * 257, 110 * 257, 120 * 257});
+  EXPECT_EQ(rendered<std::uint16_t>(shallow, AlphaForm::straight),
+            rendered<std::uint16_t>(deep, AlphaForm::straight));
+}
+
 TEST(RowRenderer, readsRowsByTheirStride) {
   Image image = test::gradientImage(5, 3);
   const Image inner = [&] {
