@@ -3,6 +3,7 @@
 #include "codecs/ISOBaseMedia.h"
 #include "codecs/ImageLimits.h"
 #include "codecs/ImageReader.h"
+#include "codecs/TransformativeProperties.h"
 #include "codecs/avif/AVIFLibrary.h"
 #include "platform/graphics/ICCProfile.h"
 
@@ -20,50 +21,23 @@ bool recognises(ByteView file) {
   return coding ? coding == "av01" : ISOBaseMedia::hasBrand(file, "avis");
 }
 
-/// The EXIF number of a turn by `angle` × 90° anti-clockwise and a mirror image after it, the order
-/// that ISO/IEC 23000-22, 7.3.6.7 asks of writers.
-int exifOrientation(const avifImage& picture) {
-  constexpr int unmirrored[]{1, 8, 3, 6};
-  constexpr int mirrored[][4]{{4, 5, 2, 7}, {2, 7, 4, 5}};  // top with bottom, left with right
-  const bool turns = (picture.transformFlags & AVIF_TRANSFORM_IROT) != 0;
-  const int angle = turns ? picture.irot.angle & 3 : 0;
-  if ((picture.transformFlags & AVIF_TRANSFORM_IMIR) == 0) return unmirrored[angle];
-  return mirrored[AVIFLibrary::mirrorAxis(picture) & 1][angle];
-}
-
-/// What is left of one side of a picture.
-struct Aperture {
-  std::size_t start = 0;
-  std::size_t length = 0;
-};
-
-/// ISO/IEC 14496-12, 12.1.4: a length and the distance of its centre from the picture's, both
-/// fractions. A start between two pixels is moved to the first.
-Aperture cleanAperture(std::int64_t side, std::int32_t lengthN, std::int32_t lengthD,
-                       std::int32_t offsetN, std::int32_t offsetD) {
-  if (lengthN <= 0 || lengthD <= 0 || offsetD <= 0) throw UnreadableImage("a broken crop");
-  const std::int64_t length = lengthN / lengthD;
-  const std::int64_t doubleStart =
-      (side - length) * offsetD + 2 * std::int64_t{offsetN};  // in units of 1 / (2 · offsetD)
-  const std::int64_t start = doubleStart / (2 * std::int64_t{offsetD});
-  if (length == 0 || doubleStart < 0 || start + length > side) {
-    throw UnreadableImage("a crop outside of the picture");
+/// In the order that ISO/IEC 23000-22, 7.3.6.7 asks of writers: clap, irot, imir.
+TransformativeProperties transformations(const avifImage& picture) {
+  TransformativeProperties result(picture.width, picture.height);
+  if ((picture.transformFlags & AVIF_TRANSFORM_CLAP) != 0) {
+    const avifCleanApertureBox& box = picture.clap;
+    result.crop({{box.widthN, box.widthD},
+                 {box.heightN, box.heightD},
+                 {box.horizOffN, box.horizOffD},
+                 {box.vertOffN, box.vertOffD}});
   }
-  return {static_cast<std::size_t>(start), static_cast<std::size_t>(length)};
-}
-
-/// `image` without what its clean aperture leaves out. Shares its pixels.
-Image cropped(Image image, const avifCleanApertureBox& box) {
-  const auto number = [](std::uint32_t stored) { return static_cast<std::int32_t>(stored); };
-  const Aperture x =
-      cleanAperture(static_cast<std::int64_t>(image.width), number(box.widthN), number(box.widthD),
-                    number(box.horizOffN), number(box.horizOffD));
-  const Aperture y = cleanAperture(static_cast<std::int64_t>(image.height), number(box.heightN),
-                                   number(box.heightD), number(box.vertOffN), number(box.vertOffD));
-  image.pixels = PixelMemory(image.pixels, image.row(y.start) + x.start * image.bytesPerPixel());
-  image.width = x.length;
-  image.height = y.length;
-  return image;
+  if ((picture.transformFlags & AVIF_TRANSFORM_IROT) != 0) result.turn(picture.irot.angle & 3);
+  if ((picture.transformFlags & AVIF_TRANSFORM_IMIR) != 0) {
+    using Mirror = TransformativeProperties::Mirror;
+    const bool exchangesSides = (AVIFLibrary::mirrorAxis(picture) & 1) != 0;
+    result.mirror(exchangesSides ? Mirror::leftRight : Mirror::topBottom);
+  }
+  return result;
 }
 
 ByteView iccOf(const avifImage& picture) { return {picture.icc.data, picture.icc.size}; }
@@ -160,7 +134,7 @@ AVIFSource::AVIFSource(ByteView file) : ImageSource(ImageFormat::avif) {
   const avifImage& header = *decoder_->image;
   setSize(header.width, header.height, header.depth > 8 ? 8 : 4);
   setFrameCount(static_cast<std::size_t>(decoder_->imageCount));
-  setOrientation(exifOrientation(header));
+  setOrientation(transformations(header).orientation());
 }
 
 Image AVIFSource::image() {
@@ -173,8 +147,7 @@ Image AVIFSource::image() {
     image = image.bitsPerComponent == 8 ? asGray<std::uint8_t>(image, gray)
                                         : asGray<std::uint16_t>(image, gray);
   }
-  if ((picture.transformFlags & AVIF_TRANSFORM_CLAP) != 0) image = cropped(image, picture.clap);
-  return image;
+  return transformations(picture).cropped(image);
 }
 
 }  // namespace
