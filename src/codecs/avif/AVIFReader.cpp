@@ -1,9 +1,8 @@
 #include <new>
 
-#include "codecs/ISOBaseMedia.h"
+#include "codecs/ImageItems.h"
 #include "codecs/ImageLimits.h"
 #include "codecs/ImageReader.h"
-#include "codecs/TransformativeProperties.h"
 #include "codecs/avif/AVIFLibrary.h"
 #include "platform/graphics/ICCProfile.h"
 
@@ -17,12 +16,12 @@ void require(avifResult result) {
 
 /// Files without an item that codes the picture are sequences, whose tracks do.
 bool recognises(ByteView file) {
-  const auto coding = ISOBaseMedia::primaryItemCoding(file);
+  const auto coding = ImageItems(file).coding();
   return coding ? coding == "av01" : ISOBaseMedia::hasBrand(file, "avis");
 }
 
 /// In the order that ISO/IEC 23000-22, 7.3.6.7 asks of writers: clap, irot, imir.
-TransformativeProperties transformations(const avifImage& picture) {
+TransformativeProperties ownTransformations(const avifImage& picture) {
   TransformativeProperties result(picture.width, picture.height);
   if ((picture.transformFlags & AVIF_TRANSFORM_CLAP) != 0) {
     const avifCleanApertureBox& box = picture.clap;
@@ -110,17 +109,29 @@ Image asGray(const Image& rendered, const ColorSpacePtr& colorSpace) {
   return gray;
 }
 
-class AVIFSource : public ImageSource {
+class AVIFSource final : public ImageSource {
  public:
   explicit AVIFSource(ByteView file);
 
   Image image() override;
 
  private:
+  /// Those of the picture that libavif has read and of identity derivations.
+  TransformativeProperties transformations() const {
+    TransformativeProperties properties = ownTransformations(*decoder_->image);
+    items_.addTransformations(properties);
+    return properties;
+  }
+
+  ImageItems items_;
+  Bytes patchedFile_;  ///< empty without identity derivations
   AVIFLibrary::Decoder decoder_ = AVIFLibrary::makeDecoder();
 };
 
-AVIFSource::AVIFSource(ByteView file) : ImageSource(ImageFormat::avif) {
+AVIFSource::AVIFSource(ByteView file) : ImageSource(ImageFormat::avif), items_(file) {
+  items_.checkReferences();
+  patchedFile_ = items_.withoutIdentities();  // libavif knows none of them
+  if (!patchedFile_.empty()) file = patchedFile_;
   decoder_->codecChoice = AVIF_CODEC_CHOICE_DAV1D;
   decoder_->maxThreads = 1;
   // Pictures without pixi, with an alpha item without ispe or with an odd crop are common and
@@ -134,7 +145,7 @@ AVIFSource::AVIFSource(ByteView file) : ImageSource(ImageFormat::avif) {
   const avifImage& header = *decoder_->image;
   setSize(header.width, header.height, header.depth > 8 ? 8 : 4);
   setFrameCount(static_cast<std::size_t>(decoder_->imageCount));
-  setOrientation(transformations(header).orientation());
+  setOrientation(transformations().orientation());
 }
 
 Image AVIFSource::image() {
@@ -147,7 +158,7 @@ Image AVIFSource::image() {
     image = image.bitsPerComponent == 8 ? asGray<std::uint8_t>(image, gray)
                                         : asGray<std::uint16_t>(image, gray);
   }
-  return transformations(picture).cropped(image);
+  return transformations().cropped(image);
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 #include <array>
 #include <limits>
 
-#include "codecs/ISOBaseMedia.h"
+#include "codecs/ImageItems.h"
 #include "codecs/ImageLimits.h"
 #include "codecs/ImageReader.h"
 #include "codecs/heic/HEIFLibrary.h"
@@ -145,7 +145,10 @@ bool isDeep(const heif_image* image, heif_channel channel) {
 class HEICSource final : public ImageSource {
  public:
   explicit HEICSource(ByteView file)
-      : ImageSource(ImageFormat::heic), context_(HEIFLibrary::makeContext()) {
+      : ImageSource(ImageFormat::heic), items_(file), context_(HEIFLibrary::makeContext()) {
+    items_.checkReferences();
+    patchedFile_ = items_.withoutIdentities();  // libheif 1.15 refuses files with any of them
+    if (!patchedFile_.empty()) file = patchedFile_;
     HEIFLibrary::check(heif_context_read_from_memory_without_copy(context_.get(), file.data(),
                                                                   file.size(), nullptr));
     heif_image_handle* primary = nullptr;
@@ -154,6 +157,7 @@ class HEICSource final : public ImageSource {
     const bool deep = heif_image_handle_get_luma_bits_per_pixel(primary) > 8;
     setSize(side(heif_image_handle_get_width(primary)), side(heif_image_handle_get_height(primary)),
             deep ? 8 : 4);
+    setOrientation(derivedTransformations().orientation());
     setFrameCount(static_cast<std::size_t>(
         std::max(1, heif_context_get_number_of_top_level_images(context_.get()))));
   }
@@ -170,6 +174,15 @@ class HEICSource final : public ImageSource {
     return HEIFImage(decoded);
   }
 
+  /// Those of identity derivations; libheif applies the shown item's own.
+  TransformativeProperties derivedTransformations() const {
+    TransformativeProperties properties(width(), height());
+    items_.addTransformations(properties);
+    return properties;
+  }
+
+  ImageItems items_;
+  Bytes patchedFile_;  ///< empty without identity derivations
   HEIFContext context_;
   HEIFImageHandle handle_;
 };
@@ -208,12 +221,12 @@ Image HEICSource::image() try {
   } else {
     interleave<std::uint8_t>(decoded.get(), image);
   }
-  return image;
+  return derivedTransformations().cropped(image);
 } catch (const HEIFLibrary::Error& error) {
   throw UnreadableImage(error.what());
 }
 
-bool recognises(ByteView file) { return ISOBaseMedia::primaryItemCoding(file) == "hvc1"; }
+bool recognises(ByteView file) { return ImageItems(file).coding() == "hvc1"; }
 
 std::unique_ptr<ImageSource> open(ByteView file) {
   try {

@@ -8,6 +8,7 @@
 
 #include "codecs/ImageReader.h"
 #include "support/AVIFBuilder.h"
+#include "support/BoxBuilder.h"
 #include "support/BoxPatches.h"
 #include "support/JPEGBuilder.h"
 #include "support/TestImages.h"
@@ -259,6 +260,29 @@ TEST(AVIFReader, refusesACropThatReachesOutOfThePicture) {
   EXPECT_THROW(decode(damaged(1, 0)), UnreadableImage);           // divided by zero
   EXPECT_THROW(decode(damaged(5, 0)), UnreadableImage);
   EXPECT_THROW(decode(damaged(1, 11)), UnreadableImage);  // less than a pixel
+}
+
+TEST(AVIFReader, addsTheTransformationsOfIdentityDerivationsToThoseOfTheNamedItem) {
+  const Image picture = test::gradientImage(24, 16);
+  const Bytes plain = test::withIdentity(test::buildAVIF(picture), 100, {});
+  EXPECT_EQ(test::maximumDifference(decode(plain), picture), 0);
+  const Bytes item =
+      test::buildAVIF(picture, {.quarterTurns = std::uint8_t{3}, .crop = crop(20, 10, 0, 0)});
+  const Bytes file = test::withIdentity(
+      item, 100, {test::ispe(10, 20), test::irot(1), test::clap(6, 4), test::imir(1)});
+  const auto source = open(file);
+  EXPECT_EQ(source->orientation(), 2);
+  const Image image = source->image();
+  ASSERT_EQ(image.width, 6u);
+  ASSERT_EQ(image.height, 4u);
+  EXPECT_EQ(test::pixelAt(image, 0, 0), test::pixelAt(picture, 2 + 7, 3 + 3));
+}
+
+TEST(AVIFReader, refusesItemsThatReferToThemselves) {
+  const Bytes file = test::buildAVIF(test::gradientImage(24, 16));
+  const std::uint32_t item = test::primaryItem(file);
+  EXPECT_THROW(open(test::withItems(file, {.references = {test::reference("dimg", item, {item})}})),
+               UnreadableImage);
 }
 
 TEST(AVIFReader, takesTheColourSpaceFromTheCodePoints) {

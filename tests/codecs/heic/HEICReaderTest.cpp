@@ -7,6 +7,8 @@
 #include <string_view>
 
 #include "codecs/ImageReader.h"
+#include "pipeline/ImageDecoder.h"
+#include "support/BoxBuilder.h"
 #include "support/BoxPatches.h"
 #include "support/HEICBuilder.h"
 #include "support/JPEGBuilder.h"
@@ -218,6 +220,106 @@ TEST_F(HEICReader, showsThePrimaryOfSeveralPictures) {
   const auto source = open(file);
   EXPECT_EQ(source->frameCount(), 2u);
   EXPECT_EQ(test::maximumDifference(source->image(), first), 0);
+}
+
+/// The picture that is shown, upright.
+Image shown(ByteView file) {
+  const auto source = open(file);
+  const Image image = source->image();
+  return ImageDecoder::applyOrientation(source->orientation(), image).value_or(image);
+}
+
+TEST_F(HEICReader, showsTheItemThatAnIdentityDerivationNames) {
+  const Image picture = test::noisyImage(96, 64);
+  const Bytes item = test::buildHEIC(picture);
+  EXPECT_EQ(test::maximumDifference(shown(test::withIdentity(item, 100, {})), picture), 0);
+  const Bytes beside = test::withItems(
+      item, {.added = {{100, "iden", {}}},
+             .references = {test::reference("dimg", 100, {test::primaryItem(item)})}});
+  EXPECT_EQ(test::maximumDifference(shown(beside), picture), 0) << "not as the primary item";
+}
+
+TEST_F(HEICReader, addsTheTransformationsOfIdentityDerivationsToThoseOfTheNamedItem) {
+  const Image picture = test::noisyImage(96, 64);
+  // The item turns clockwise, the first derivation back and crops, the second crops and mirrors.
+  const Bytes item = test::buildHEIC(picture, {.orientation = heif_orientation_rotate_90_cw});
+  const Bytes first =
+      test::withIdentity(item, 100, {test::ispe(64, 96), test::irot(1), test::clap(80, 50, -4, 2)});
+  const Bytes second =
+      test::withIdentity(first, 101, {test::ispe(80, 50), test::clap(30, 20), test::imir(1)});
+  ASSERT_EQ(shown(first).width, 80u);
+  ASSERT_EQ(shown(first).height, 50u);
+  EXPECT_EQ(test::pixelAt(shown(first), 0, 0), test::pixelAt(picture, 6, 8));
+  const Image image = shown(second);
+  ASSERT_EQ(image.width, 30u);
+  ASSERT_EQ(image.height, 20u);
+  EXPECT_EQ(test::pixelAt(image, 0, 0), test::pixelAt(picture, 6 + 25 + 29, 8 + 15));
+  EXPECT_EQ(test::pixelAt(image, 29, 19), test::pixelAt(picture, 6 + 25, 8 + 15 + 19));
+}
+
+TEST_F(HEICReader, refusesACropOfAnIdentityDerivationThatReachesOutOfThePicture) {
+  const Bytes file = test::buildHEIC(test::noisyImage(96, 64));
+  EXPECT_THROW(open(test::withIdentity(file, 100, {test::clap(97, 64)})), UnreadableImage);
+}
+
+TEST_F(HEICReader, refusesItemsThatReferToEachOtherInACircle) {
+  const Bytes file = test::buildHEIC(test::gradientImage(64, 64));
+  const std::uint32_t item = test::primaryItem(file);
+  for (const char* type : {"dimg", "auxl", "thmb"}) {
+    EXPECT_THROW(open(test::withItems(file, {.references = {test::reference(type, item, {item})}})),
+                 UnreadableImage)
+        << type;
+  }
+  EXPECT_THROW(open(test::withItems(file, {.added = {{100, "iden", {}}, {101, "iden", {}}},
+                                           .references = {test::reference("dimg", 100, {101}),
+                                                          test::reference("dimg", 101, {100})}})),
+               UnreadableImage);
+}
+
+/// A file whose primary item is a grid, 128 × 64, of these two items.
+Bytes withGrid(const Bytes& file, std::uint32_t grid, std::uint32_t left, std::uint32_t right) {
+  return test::withItems(
+      file, {.added = {{grid, "grid", {test::ispe(128, 64)}, test::gridData(2, 1, 128, 64)}},
+             .references = {test::reference("dimg", grid, {left, right})},
+             .primary = grid});
+}
+
+TEST_F(HEICReader, putsGridsTogether) {
+  const Image tile = test::noisyImage(64, 64);
+  const Bytes file = test::buildHEIC(tile);
+  const std::uint32_t item = test::primaryItem(file);
+  const Bytes grid = withGrid(file, 100, item, item);
+  const Image image = decode(grid);
+  ASSERT_EQ(image.width, 128u);
+  EXPECT_EQ(test::pixelAt(image, 70, 10), test::pixelAt(tile, 6, 10));
+
+  const Image turned = shown(test::withIdentity(grid, 101, {test::irot(2)}));
+  ASSERT_EQ(turned.width, 128u);
+  EXPECT_EQ(test::pixelAt(turned, 127 - 70, 63 - 10), test::pixelAt(tile, 6, 10));
+}
+
+TEST_F(HEICReader, refusesAGridThatIsItsOwnTile) {
+  const Bytes file = test::buildHEIC(test::gradientImage(64, 64));
+  // libheif 1.15 follows it until no stack is left.
+  EXPECT_THROW(decode(withGrid(file, 100, test::primaryItem(file), 100)), UnreadableImage);
+}
+
+TEST_F(HEICReader, refusesItemsThatMultiplyDecodings) {
+  Bytes file = test::buildHEIC(test::gradientImage(64, 64));
+  const std::string isAlpha =
+      test::fullBox("auxC", 0, std::string("urn:mpeg:mpegB:cicp:systems:auxiliary:alpha") + '\0');
+  // A grid of the primary item, then grids whose picture and alpha both are the grid before.
+  for (std::uint32_t item = 100; item < 124; ++item) {
+    const std::uint32_t before = test::primaryItem(file);
+    std::vector<std::string> references{test::reference("dimg", item, {before})};
+    if (item > 100) references.push_back(test::reference("auxl", before, {item}));
+    file = test::withItems(
+        file,
+        {.added = {{item, "grid", {test::ispe(64, 64), isAlpha}, test::gridData(1, 1, 64, 64)}},
+         .references = references,
+         .primary = item});
+  }
+  EXPECT_THROW(decode(file), UnreadableImage);
 }
 
 TEST_F(HEICReader, leavesOtherCodingsAndOverlaysAlone) {
