@@ -1,10 +1,9 @@
-#include <cmath>
 #include <new>
 #include <optional>
 
 #include "codecs/ImageDestination.h"
-#include "codecs/QualityTable.h"
 #include "codecs/YCbCrRows.h"
+#include "codecs/heic/HEICSettings.h"
 #include "codecs/heic/HEIFLibrary.h"
 #include "platform/graphics/RowRenderer.h"
 
@@ -118,8 +117,8 @@ Bytes encode(const Image& image, const PictureMeasurements&, double quality) try
 
   const HEIFContext context = HEIFLibrary::makeContext();
   const HEIFEncoder encoder = HEIFLibrary::makeHEVCEncoder(context.get());
-  const double hundredths = std::round(settingAt(QualityTables::heicRateFactor(), quality) * 100);
-  HEIFLibrary::check(heif_encoder_set_lossy_quality(encoder.get(), static_cast<int>(hundredths)));
+  HEIFLibrary::check(
+      heif_encoder_set_lossy_quality(encoder.get(), HEICSettings::rateFactorInHundredths(quality)));
   const HEIFEncodingOptions options = HEIFLibrary::makeEncodingOptions();
   options->output_nclx_profile = description.get();
   HEIFLibrary::check(heif_context_encode_image(context.get(), planes.get(), encoder.get(),
