@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "codecs/ImageDestination.h"
 #include "picture/ImageProcessingError.h"
 #include "pipeline/ImageAnalyzer.h"
 #include "pipeline/ImageDecoder.h"
@@ -76,6 +77,16 @@ TEST(NativeImageIOEncoder, clampsTheQuality) {
   EXPECT_EQ(encode(ImageFormat::jpeg, -5), encode(ImageFormat::jpeg, 0));
   EXPECT_EQ(encode(ImageFormat::jpeg, std::nan("")), encode(ImageFormat::jpeg, 0));
   EXPECT_GT(encode(ImageFormat::jpeg, 100).size(), encode(ImageFormat::jpeg, 90).size());
+}
+
+TEST(NativeImageIOEncoder, givesJPEGAndHEICTheMaximumSetting) {
+  const Image image = test::noisyImage(96, 96);
+  for (const ImageFormat format : {ImageFormat::jpeg, ImageFormat::heic}) {
+    const auto* destination = ImageDestination::forType(format.typeIdentifier());
+    const Bytes file = NativeImageIOEncoder::encode(image, false, format, lossy(100));
+    EXPECT_EQ(file, destination->encode(image, 1.0)) << format.displayName();
+    EXPECT_NE(file, destination->encode(image, 0.99)) << format.displayName();
+  }
 }
 
 TEST(NativeImageIOEncoder, neverGivesAVIFTheMaximumSetting) {
