@@ -285,17 +285,18 @@ Bytes withGrid(const Bytes& file, std::uint32_t grid, std::uint32_t left, std::u
 }
 
 TEST_F(HEICReader, putsGridsTogether) {
-  const Image tile = test::noisyImage(64, 64);
-  const Bytes file = test::buildHEIC(tile);
+  const Image left = test::gradientImage(64, 64), right = test::noisyImage(64, 64);
+  const Bytes file = test::buildHEIC({left, right});
   const std::uint32_t item = test::primaryItem(file);
-  const Bytes grid = withGrid(file, 100, item, item);
+  const Bytes grid = withGrid(file, 100, item, item + 1);
   const Image image = decode(grid);
   ASSERT_EQ(image.width, 128u);
-  EXPECT_EQ(test::pixelAt(image, 70, 10), test::pixelAt(tile, 6, 10));
+  EXPECT_EQ(test::pixelAt(image, 6, 10), test::pixelAt(left, 6, 10));
+  EXPECT_EQ(test::pixelAt(image, 70, 10), test::pixelAt(right, 6, 10));
 
   const Image turned = shown(test::withIdentity(grid, 101, {test::irot(2)}));
   ASSERT_EQ(turned.width, 128u);
-  EXPECT_EQ(test::pixelAt(turned, 127 - 70, 63 - 10), test::pixelAt(tile, 6, 10));
+  EXPECT_EQ(test::pixelAt(turned, 127 - 70, 63 - 10), test::pixelAt(right, 6, 10));
 }
 
 TEST_F(HEICReader, refusesAGridThatIsItsOwnTile) {
