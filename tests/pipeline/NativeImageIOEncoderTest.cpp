@@ -9,6 +9,7 @@
 #include "pipeline/ImageAnalyzer.h"
 #include "pipeline/ImageDecoder.h"
 #include "platform/graphics/RowRenderer.h"
+#include "support/TestBuffers.h"
 #include "support/TestImages.h"
 
 namespace orvane {
@@ -82,10 +83,11 @@ TEST(NativeImageIOEncoder, clampsTheQuality) {
 TEST(NativeImageIOEncoder, givesJPEGAndHEICTheMaximumSetting) {
   const Image image = test::noisyImage(96, 96);
   for (const ImageFormat format : {ImageFormat::jpeg, ImageFormat::heic}) {
-    const auto* destination = ImageDestination::forType(format.typeIdentifier());
-    const Bytes file = NativeImageIOEncoder::encode(image, false, format, lossy(100));
-    EXPECT_EQ(file, destination->encode(image, 1.0)) << format.displayName();
-    EXPECT_NE(file, destination->encode(image, 0.99)) << format.displayName();
+    const auto* destination = ImageDestination::of(format);
+    const auto measurements = test::measured(image);
+    const Bytes file = encodeNative(image, false, format, lossy(100));
+    EXPECT_EQ(file, destination->encode(image, measurements, 1.0)) << format.displayName();
+    EXPECT_NE(file, destination->encode(image, measurements, 0.99)) << format.displayName();
   }
 }
 

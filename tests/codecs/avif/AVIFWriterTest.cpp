@@ -228,6 +228,13 @@ TEST(AVIFWriter, makesLargerAndTruerFilesAtHigherQuality) {
   }
 }
 
+TEST(AVIFWriter, holdsTheLongestSidesOfAV1) {
+  for (const auto& [width, height] : {std::pair<std::size_t, std::size_t>{65536, 3}, {5, 65536}}) {
+    const Image flat = flatImage(width, height, {200, 120, 60, 255}, AlphaKind::none);
+    expectNear(decode(encode(flat)), flat, 3);
+  }
+}
+
 TEST(AVIFWriter, refusesSidesThatAV1CannotHold) {
   for (const auto& [width, height] : {std::pair<std::size_t, std::size_t>{65537, 1}, {1, 65537}}) {
     EXPECT_THROW(encode(flatImage(width, height, {1, 2, 3, 255}, AlphaKind::none)),
