@@ -1,10 +1,8 @@
 #include "pipeline/ImageDecoder.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
-#include <fstream>
 #include <string_view>
 
 #include "picture/ImageProcessingError.h"
@@ -12,6 +10,7 @@
 #include "support/JPEGBuilder.h"
 #include "support/JXLBuilder.h"
 #include "support/PNGBuilder.h"
+#include "support/ShortMemory.h"
 #include "support/TestImages.h"
 #include "support/TestProfiles.h"
 #include "support/WebPBuilder.h"
@@ -215,41 +214,21 @@ TEST(ImageDecoder, encodesLinearLightBeforeItTurnsIt) {
   expectTurned(turned, image, 6);
 }
 
-/// While it lives, the process gets `bytes` of memory more than it has.
-class MemoryLimit {
- public:
-  explicit MemoryLimit(std::size_t bytes) {
-    std::size_t pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
-    getrlimit(RLIMIT_AS, &former_);
-    const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    const rlimit limit{pages * pageSize + bytes, former_.rlim_max};
-    setrlimit(RLIMIT_AS, &limit);
-  }
-  ~MemoryLimit() { setrlimit(RLIMIT_AS, &former_); }
-  MemoryLimit(const MemoryLimit&) = delete;
-  MemoryLimit& operator=(const MemoryLimit&) = delete;
-
- private:
-  rlimit former_{};
-};
-
-TEST(ImageDecoder, usesThePictureAsStoredWithoutMemoryToTurnIt) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  GTEST_SKIP() << "sanitizers end the process where there is no memory";
-#endif
+TEST(ImageDecoderDeathTest, usesThePictureAsStoredWithoutMemoryToTurnIt) {
+  if (test::endsWithoutMemory()) GTEST_SKIP() << "there is no memory to be short of";
   // 16 MiB of grey, 64 MiB of R, G, B, A.
   const Bytes file = test::buildPNG({.width = 4100,
                                      .height = 4092,
                                      .colorType = test::grayType,
                                      .pixelAt = [](std::size_t, std::size_t) { return Pixel{9}; },
                                      .beforeData = {{"eXIf", test::exifBlock(6)}}});
-  const auto widthWith = [&](std::size_t freeBytes) {
-    const MemoryLimit limit(freeBytes);
-    return ImageDecoder::decodeImageSource(file).image.width;
+  const auto width = [&] { return ImageDecoder::decodeImageSource(file).image.width; };
+  const auto exitWithoutMemory = [&] {
+    test::leaveMemory(std::size_t{40} << 20);
+    _exit(width() == 4100 ? 0 : 1);
   };
-  EXPECT_EQ(widthWith(std::size_t{40} << 20), 4100U);
-  EXPECT_EQ(widthWith(std::size_t{200} << 20), 4092U);
+  EXPECT_EXIT(exitWithoutMemory(), testing::ExitedWithCode(0), "");
+  EXPECT_EQ(width(), 4092U);
 }
 
 void expectRefused(ByteView bytes, std::string_view name) {
