@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <ranges>
 
-#include "codecs/ImageSource.h"
 #include "codecs/ItemReferences.h"
+#include "codecs/UnreadableImage.h"
 
 namespace orvane {
 namespace {

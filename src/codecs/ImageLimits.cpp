@@ -1,6 +1,6 @@
 #include "codecs/ImageLimits.h"
 
-#include "codecs/ImageSource.h"
+#include "codecs/UnreadableImage.h"
 #include "platform/foundation/Memory.h"
 
 namespace orvane::ImageLimits {

@@ -4,7 +4,6 @@
 #include <array>
 
 #include "codecs/ImageLimits.h"
-#include "codecs/ImageReader.h"
 
 namespace orvane {
 namespace {

@@ -1,21 +1,14 @@
 #pragma once
 
 #include <memory>
-#include <stdexcept>
 #include <string_view>
 
+#include "codecs/UnreadableImage.h"
 #include "picture/ImageFormat.h"
 #include "platform/foundation/Bytes.h"
 #include "platform/graphics/Image.h"
 
 namespace orvane {
-
-/// The bytes are no readable picture, or an incomplete one. `what()` says why, for
-/// developers.
-class UnreadableImage : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 /// One file with a good header: its first picture has a size within ImageLimits. Refers to the
 /// file's bytes, which must outlive it. One thread at a time.
@@ -63,5 +56,25 @@ class ImageSource {
   int orientation_ = 1;
   std::size_t frameCount_ = 1;
 };
+
+/// One row of the table of formats that can be read.
+struct ImageReader {
+  bool (*recognises)(ByteView file);
+  std::unique_ptr<ImageSource> (*open)(ByteView file);  ///< throws as ImageSource::create does
+};
+
+/// The `open` of a reader whose source is made from the file alone.
+template <class Source>
+std::unique_ptr<ImageSource> openAs(ByteView file) {
+  return std::make_unique<Source>(file);
+}
+
+// One per format; each lives in its own <Format>Reader.cpp.
+extern const ImageReader pngReader;
+extern const ImageReader jpegReader;
+extern const ImageReader webpReader;
+extern const ImageReader heicReader;
+extern const ImageReader avifReader;
+extern const ImageReader jxlReader;
 
 }  // namespace orvane

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "codecs/ISOBaseMedia.h"
-#include "codecs/ImageSource.h"
+#include "codecs/UnreadableImage.h"
 
 namespace orvane {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "codecs/ImageSource.h"
+#include "codecs/UnreadableImage.h"
 
 namespace orvane {
 namespace {

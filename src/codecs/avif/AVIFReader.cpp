@@ -2,7 +2,7 @@
 
 #include "codecs/ImageItems.h"
 #include "codecs/ImageLimits.h"
-#include "codecs/ImageReader.h"
+#include "codecs/ImageSource.h"
 #include "codecs/avif/AVIFLibrary.h"
 #include "platform/graphics/ICCProfile.h"
 

@@ -4,7 +4,7 @@
 
 #include "codecs/ImageItems.h"
 #include "codecs/ImageLimits.h"
-#include "codecs/ImageReader.h"
+#include "codecs/ImageSource.h"
 #include "codecs/heic/HEIFLibrary.h"
 #include "platform/graphics/ICCProfile.h"
 

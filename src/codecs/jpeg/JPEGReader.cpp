@@ -4,7 +4,7 @@
 
 #include "codecs/Exif.h"
 #include "codecs/ImageLimits.h"
-#include "codecs/ImageReader.h"
+#include "codecs/ImageSource.h"
 #include "codecs/jpeg/JPEGLibrary.h"
 #include "platform/foundation/Handle.h"
 

@@ -3,7 +3,7 @@
 #include <jxl/version.h>
 
 #include "codecs/ImageLimits.h"
-#include "codecs/ImageSource.h"
+#include "codecs/UnreadableImage.h"
 
 namespace orvane {
 namespace {

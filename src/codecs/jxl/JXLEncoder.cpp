@@ -9,7 +9,7 @@
 #include <new>
 #include <span>
 
-#include "codecs/ImageSource.h"
+#include "codecs/UnreadableImage.h"
 #include "codecs/jpeg/JPEGLibrary.h"
 #include "codecs/jxl/JXLLibrary.h"
 #include "picture/ColorProfile.h"

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "codecs/ImageSource.h"
+#include "codecs/UnreadableImage.h"
 
 namespace orvane::JXLLibrary {
 

@@ -1,5 +1,5 @@
 #include "codecs/ImageLimits.h"
-#include "codecs/ImageReader.h"
+#include "codecs/ImageSource.h"
 #include "codecs/jxl/JXLColors.h"
 #include "codecs/jxl/JXLLibrary.h"
 #include "platform/graphics/RowRenderer.h"

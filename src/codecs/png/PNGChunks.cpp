@@ -6,7 +6,7 @@
 #include <array>
 #include <string_view>
 
-#include "codecs/ImageSource.h"
+#include "codecs/UnreadableImage.h"
 
 namespace orvane {
 namespace {

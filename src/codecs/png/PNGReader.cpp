@@ -8,7 +8,7 @@
 
 #include "codecs/Exif.h"
 #include "codecs/ImageLimits.h"
-#include "codecs/ImageReader.h"
+#include "codecs/ImageSource.h"
 #include "codecs/png/PNGChunks.h"
 #include "codecs/png/PNGColorSpace.h"
 

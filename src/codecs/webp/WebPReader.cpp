@@ -7,7 +7,7 @@
 
 #include "codecs/Exif.h"
 #include "codecs/ImageLimits.h"
-#include "codecs/ImageReader.h"
+#include "codecs/ImageSource.h"
 #include "platform/foundation/Handle.h"
 
 namespace orvane {

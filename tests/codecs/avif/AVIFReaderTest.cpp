@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "codecs/ImageReader.h"
+#include "codecs/ImageSource.h"
 #include "support/AVIFBuilder.h"
 #include "support/BoxBuilder.h"
 #include "support/BoxPatches.h"

@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "codecs/ImageDestination.h"
-#include "codecs/ImageReader.h"
+#include "codecs/ImageSource.h"
 #include "codecs/avif/AVIFLibrary.h"
 #include "support/TestBuffers.h"
 #include "support/TestImages.h"

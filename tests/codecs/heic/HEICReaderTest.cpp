@@ -6,7 +6,7 @@
 #include <random>
 #include <string_view>
 
-#include "codecs/ImageReader.h"
+#include "codecs/ImageSource.h"
 #include "pipeline/ImageDecoder.h"
 #include "support/BoxBuilder.h"
 #include "support/BoxPatches.h"

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "codecs/ImageDestination.h"
-#include "codecs/ImageReader.h"
+#include "codecs/ImageSource.h"
 #include "codecs/heic/HEIFLibrary.h"
 #include "support/TestBuffers.h"
 #include "support/TestImages.h"
