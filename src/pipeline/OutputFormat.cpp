@@ -49,8 +49,9 @@ constexpr OutputFormat jpeg{.format = ImageFormat::jpeg,
                             .maximumSide = 65500,
                             .encodeForm = encodeNative<ImageFormat::jpeg>};
 
-/// HEVC codes sides in multiples of 8, and decoders take no more than 16 bits of them. The levels
-/// of ITU-T H.265 (A.4.1) end earlier, at 35 million pixels; larger pictures claim none of them.
+/// The largest multiple of 8 in 16 bits: HEVC codes sides in multiples of 8, and decoders take 16
+/// bits of them. Pictures of more than 35 million pixels fit no level of ITU-T H.265 (A.4.1) and
+/// claim none.
 constexpr OutputFormat heic{.format = ImageFormat::heic,
                             .input = OutputFormat::Input::image,
                             .maximumSide = 65528,

@@ -26,7 +26,7 @@ Picture makePicture(std::uint32_t width, std::uint32_t height, std::uint32_t dep
 
 namespace {
 
-/// Allocation is all that can fail where this is asked.
+/// For calls that fail only when they get no memory.
 void requireMemory(avifResult result) {
   if (result != AVIF_RESULT_OK) throw std::bad_alloc();
 }

@@ -13,7 +13,7 @@ using Decoder = Handle<avifDecoder, avifDecoderDestroy>;
 using Encoder = Handle<avifEncoder, avifEncoderDestroy>;
 using Picture = Handle<avifImage, avifImageDestroy>;
 
-/// What an encoder has written.
+/// The file that an encoder has written.
 struct Output {
   avifRWData data = AVIF_DATA_EMPTY;
 
@@ -29,21 +29,22 @@ Encoder makeEncoder();
 Picture makePicture(std::uint32_t width, std::uint32_t height, std::uint32_t depth,
                     avifPixelFormat format);
 
-/// ISO/IEC 23008-12, 6.5.12: 0 exchanges top and bottom, 1 left and right.
+/// The axis of imir (ISO/IEC 23008-12, 6.5.12): 0 exchanges top and bottom, 1 left and right.
 int mirrorAxis(const avifImage& picture);
 
 /// Throws std::bad_alloc.
 void setICCProfile(avifImage& picture, ByteView profile);
 
-/// AV1 quantizer indices as encoders are asked for them: 0 (lossless) … 63.
+/// The quantizers of libaom's command line: 0 (lossless) … 63.
 struct Quantizers {
   int color = 0;
   int alpha = 0;
 };
 void setQuantizers(avifEncoder& encoder, Quantizers quantizers);
 
-/// An option of the encoder behind libavif, by the name that it has there. A wrong one shows when
-/// the first picture is added: AVIF_RESULT_INVALID_CODEC_SPECIFIC_OPTION. Throws std::bad_alloc.
+/// Sets an option of the encoder behind libavif by its name there. Adding the first picture fails
+/// with AVIF_RESULT_INVALID_CODEC_SPECIFIC_OPTION when the encoder does not know it. Throws
+/// std::bad_alloc.
 void setCodecOption(avifEncoder& encoder, const char* name, const char* value);
 
 }  // namespace orvane::AVIFLibrary

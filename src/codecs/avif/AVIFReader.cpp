@@ -14,13 +14,14 @@ void require(avifResult result) {
   if (result != AVIF_RESULT_OK) throw UnreadableImage(avifResultToString(result));
 }
 
-/// Files without an item that codes the picture are sequences, whose tracks do.
+/// A file without a primary item is a sequence, whose pictures are in tracks.
 bool recognises(ByteView file) {
   const auto coding = ImageItems(file).coding();
   return coding ? coding == "av01" : ISOBaseMedia::hasBrand(file, "avis");
 }
 
-/// In the order that ISO/IEC 23000-22, 7.3.6.7 asks of writers: clap, irot, imir.
+/// The transformative properties of the item itself, in the order that ISO/IEC 23000-22, 7.3.6.7
+/// prescribes: clap, irot, imir.
 TransformativeProperties ownTransformations(const avifImage& picture) {
   TransformativeProperties result(picture.width, picture.height);
   if ((picture.transformFlags & AVIF_TRANSFORM_CLAP) != 0) {
@@ -49,8 +50,8 @@ ColorSpacePtr colorSpaceOf(const avifImage& picture, ColorSpace::Model model) {
                                     model);
 }
 
-/// libavif has no constant-luminance conversions. Their matrices' coefficients are those of the
-/// plain ones, which show such pictures nearly right.
+/// libavif cannot convert constant luminance. The matrices of non-constant luminance have the same
+/// coefficients and show such pictures nearly right.
 void replaceConstantLuminance(avifImage& picture) {
   if (picture.matrixCoefficients == AVIF_MATRIX_COEFFICIENTS_BT2020_CL) {
     picture.matrixCoefficients = AVIF_MATRIX_COEFFICIENTS_BT2020_NCL;
@@ -59,8 +60,9 @@ void replaceConstantLuminance(avifImage& picture) {
   }
 }
 
-/// libyuv, which is many times as fast as libavif itself, has coefficients of 8 bits. The greatest
-/// of the wider matrices does not fit when it stretches the range: blues would be 10 of 255 off.
+/// libyuv is many times as fast as libavif's own conversion, but its coefficients have 8 bits. The
+/// greatest coefficient of every matrix but BT.601's does not fit when it also stretches a limited
+/// range: blues would be wrong by 10 of 255.
 bool outgrowsLibYUV(const avifImage& picture) {
   return picture.yuvRange == AVIF_RANGE_LIMITED &&
          picture.matrixCoefficients != AVIF_MATRIX_COEFFICIENTS_BT601 &&
@@ -72,7 +74,7 @@ AlphaKind alphaOf(const avifImage& picture) {
   return picture.alphaPremultiplied ? AlphaKind::premultiplied : AlphaKind::straight;
 }
 
-/// R, G, B, A of 8 bits, or of 16 where the picture has more than 8.
+/// The picture as R, G, B, A of 8 bits, or of 16 when it has more than 8.
 Image render(const avifImage& picture) {
   Image image{.width = picture.width,
               .height = picture.height,
@@ -92,7 +94,8 @@ Image render(const avifImage& picture) {
   return image;
 }
 
-/// A grey rendering as grey (and alpha), for the sake of a grey profile.
+/// A grey picture that was rendered as RGBA, as grey and, if it has it, alpha: a grey profile needs
+/// this layout.
 template <typename Component>
 Image asGray(const Image& rendered, const ColorSpacePtr& colorSpace) {
   Image gray = rendered;
@@ -116,7 +119,7 @@ class AVIFSource final : public ImageSource {
   Image image() override;
 
  private:
-  /// Those of the picture that libavif has read and of identity derivations.
+  /// The transformations of the picture that libavif has read and of identity derivations of it.
   TransformativeProperties transformations() const {
     TransformativeProperties properties = ownTransformations(*decoder_->image);
     items_.addTransformations(properties);
@@ -124,18 +127,17 @@ class AVIFSource final : public ImageSource {
   }
 
   ImageItems items_;
-  Bytes patchedFile_;  ///< empty without identity derivations
+  Bytes patchedFile_;  ///< empty when the file has no identity derivations
   AVIFLibrary::Decoder decoder_ = AVIFLibrary::makeDecoder();
 };
 
 AVIFSource::AVIFSource(ByteView file) : ImageSource(ImageFormat::avif), items_(file) {
   items_.checkReferences();
-  patchedFile_ = items_.withoutIdentities();  // libavif knows none of them
+  patchedFile_ = items_.withoutIdentities();  // libavif cannot read them
   if (!patchedFile_.empty()) file = patchedFile_;
   decoder_->codecChoice = AVIF_CODEC_CHOICE_DAV1D;
   decoder_->maxThreads = 1;
-  // Pictures without pixi, with an alpha item without ispe or with an odd crop are common and
-  // whole.
+  // Many good files lack pixi, lack ispe of the alpha item or have an odd crop.
   decoder_->strictFlags = AVIF_STRICT_DISABLED;
   decoder_->ignoreExif = AVIF_TRUE;
   decoder_->ignoreXMP = AVIF_TRUE;

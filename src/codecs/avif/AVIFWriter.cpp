@@ -14,10 +14,10 @@ namespace {
 using AVIFSettings::Content;
 using AVIFSettings::Tuning;
 
-/// Luma, two of chroma and alpha, at most 16 bits each.
+/// Luma, two chroma samples and alpha, of at most 16 bits each.
 constexpr std::size_t planeBytesPerPixel = 8;
 
-/// Rows that are rendered at once.
+/// Rows that are rendered before they are converted.
 constexpr std::size_t stripRows = 32;
 
 void require(avifResult result) {
@@ -25,7 +25,7 @@ void require(avifResult result) {
   if (result != AVIF_RESULT_OK) throw UnwritableImage(avifResultToString(result));
 }
 
-/// Rows of `picture`, in its memory.
+/// Some rows of `picture`. They share its memory.
 class Strip {
  public:
   Strip(avifImage& picture, std::size_t first, std::size_t count)
@@ -35,8 +35,8 @@ class Strip {
     require(avifImageSetViewRect(view_.get(), &picture, &rows));
   }
 
-  /// `pixels` are R, G, B, A, of 16 bits where that is said. Alpha goes where there is a plane for
-  /// it.
+  /// Converts rows of R, G, B, A of `bitsPerComponent` bits, 8 or 16. Alpha is dropped when the
+  /// picture has no plane for it.
   void fill(const std::uint8_t* pixels, std::size_t bytesPerRow, int bitsPerComponent) {
     avifRGBImage source{};
     avifRGBImageSetDefaults(&source, view_.get());
@@ -45,7 +45,7 @@ class Strip {
     source.pixels = const_cast<std::uint8_t*>(pixels);  // only read
     source.rowBytes = static_cast<std::uint32_t>(bytesPerRow);
     const avifResult result = avifImageRGBToYUV(view_.get(), &source);
-    // The conversion takes the planes that it finds for its own.
+    // The conversion marks the planes as owned by the strip, but they belong to the picture.
     view_->imageOwnsYUVPlanes = view_->imageOwnsAlphaPlane = AVIF_FALSE;
     require(result);
   }
@@ -65,15 +65,15 @@ void describeColors(avifImage& picture, const ColorSpace& colorSpace) {
   }
 }
 
-/// `image` in its rendering space as AV1 codes it. Rows that are in the right form already are not
-/// copied first.
+/// `image` in its rendering space as planes for AV1. Rows that are opaque 8-bit RGBA already are
+/// converted without a copy.
 AVIFLibrary::Picture convert(const Image& image, Content content) {
   const ColorSpacePtr colorSpace = renderingSpace(image.colorSpace);
   AVIFLibrary::Picture picture = AVIFLibrary::makePicture(
       static_cast<std::uint32_t>(image.width), static_cast<std::uint32_t>(image.height),
       AVIFSettings::depth(content), AVIFSettings::pixelFormat);
   describeColors(*picture, *colorSpace);
-  // libavif 0.11 ends the process when it gets no memory for the planes.
+  // libavif 0.11 aborts when an allocation of planes fails; probe first.
   Memory::require(image.width * image.height * planeBytesPerPixel);
   require(avifImageAllocatePlanes(
       picture.get(), image.alpha == AlphaKind::none ? AVIF_PLANES_YUV : AVIF_PLANES_ALL));
@@ -97,7 +97,7 @@ AVIFLibrary::Picture convert(const Image& image, Content content) {
   return picture;
 }
 
-/// Nothing when libaom does not know the tuning, or another option.
+/// The file; absent when libaom does not know the tuning or another option.
 std::optional<Bytes> encode(const avifImage& picture, double quality, Content content,
                             Tuning tuning) {
   const AVIFLibrary::Encoder encoder = AVIFLibrary::makeEncoder();
@@ -110,8 +110,8 @@ std::optional<Bytes> encode(const avifImage& picture, double quality, Content co
   if (content == Content::screen) {
     AVIFLibrary::setCodecOption(*encoder, "color:tune-content", "screen");
   }
-  // Blocks copied from elsewhere in the picture take several times as long to find, and libaom
-  // takes the smooth parts of photographs for a reason to look.
+  // Searching for blocks to copy takes several times as long, and libaom does it for photographs
+  // with smooth parts too.
   AVIFLibrary::setCodecOption(*encoder, "enable-intrabc", "0");
   AVIFLibrary::Output output;
   const avifResult result = avifEncoderWrite(encoder.get(), &picture, &output.data);

@@ -23,8 +23,8 @@ Bytes iccProfile(const heif_image_handle* handle) {
   return error.code == heif_error_Ok ? profile : Bytes{};
 }
 
-/// What the file's colr box says in code points, or else the HEVC stream, where libheif hands that
-/// on.
+/// The code points of the file's colr box, or else those of the HEVC stream; unspecified when
+/// libheif reports neither.
 CodePoints codePoints(const heif_image_handle* handle, const heif_image* decoded) {
   HEIFColorProfile profile = HEIFLibrary::colorProfile(handle);
   if (profile == nullptr) profile = HEIFLibrary::colorProfile(decoded);
@@ -53,7 +53,7 @@ class Channel {
     }
   }
 
-  /// Good until the next call.
+  /// The row stays valid until the next call.
   const Sample* row(std::size_t y) {
     const std::uint8_t* stored = plane_ + y * static_cast<std::size_t>(stride_);
     if (scaled_.empty()) return reinterpret_cast<const Sample*>(stored);
@@ -76,7 +76,7 @@ class Channel {
   const std::uint8_t* plane_;
   std::size_t width_;
   int bitDepth_;
-  std::vector<Sample> scaled_;  ///< by stored value; empty when the stored samples will do
+  std::vector<Sample> scaled_;  ///< by stored value; empty when stored samples need no scaling
   std::vector<Sample> row_;
 };
 
@@ -87,13 +87,14 @@ void interleaveRow(const std::array<const Sample*, 4>& rows, std::size_t width, 
   }
 }
 
-/// Fills `target`, whose form has been chosen, with the planes of `source`.
+/// Allocates the rows of `target`, whose size, layout and depth are set, and fills them with the
+/// planes of `source`.
 template <class Sample>
 void interleave(const heif_image* source, Image& target) {
   const bool gray = channelCount(target.layout) < 3;
   const bool alpha = target.alpha != AlphaKind::none;
   std::vector<Channel<Sample>> channels;
-  // The three are equal in a picture that a grey profile belongs to.
+  // R, G and B are equal in a picture with a grey profile.
   if (!gray) channels.emplace_back(source, heif_channel_R);
   channels.emplace_back(source, heif_channel_G);
   if (!gray) channels.emplace_back(source, heif_channel_B);
@@ -124,8 +125,8 @@ std::size_t side(int length) {
   return static_cast<std::size_t>(length);
 }
 
-/// All planes of a picture have its size: alpha is a picture of its own in the file, which need
-/// not agree.
+/// Whether all planes have this size. Alpha is a picture of its own in the file and may have
+/// another one.
 bool planesAgree(const heif_image* image, std::size_t width, std::size_t height) {
   constexpr std::array channels{heif_channel_R, heif_channel_G, heif_channel_B, heif_channel_Alpha};
   return std::ranges::all_of(channels, [&](heif_channel channel) {
@@ -147,7 +148,7 @@ class HEICSource final : public ImageSource {
   explicit HEICSource(ByteView file)
       : ImageSource(ImageFormat::heic), items_(file), context_(HEIFLibrary::makeContext()) {
     items_.checkReferences();
-    patchedFile_ = items_.withoutIdentities();  // libheif 1.15 refuses files with any of them
+    patchedFile_ = items_.withoutIdentities();  // libheif 1.15 refuses files with identities
     if (!patchedFile_.empty()) file = patchedFile_;
     HEIFLibrary::check(heif_context_read_from_memory_without_copy(context_.get(), file.data(),
                                                                   file.size(), nullptr));
@@ -165,7 +166,8 @@ class HEICSource final : public ImageSource {
   Image image() override;
 
  private:
-  /// As planes of R, G, B and, where there is one, alpha, upright and cropped.
+  /// Planes of R, G, B and, if the picture has it, alpha, with the item's own transformations
+  /// applied.
   HEIFImage decode() const {
     const HEIFDecodingOptions options = HEIFLibrary::makeDecodingOptions();
     heif_image* decoded = nullptr;
@@ -174,7 +176,7 @@ class HEICSource final : public ImageSource {
     return HEIFImage(decoded);
   }
 
-  /// Those of identity derivations; libheif applies the shown item's own.
+  /// The transformations of identity derivations. libheif applies those of the shown item.
   TransformativeProperties derivedTransformations() const {
     TransformativeProperties properties(width(), height());
     items_.addTransformations(properties);
@@ -182,7 +184,7 @@ class HEICSource final : public ImageSource {
   }
 
   ImageItems items_;
-  Bytes patchedFile_;  ///< empty without identity derivations
+  Bytes patchedFile_;  ///< empty when the file has no identity derivations
   HEIFContext context_;
   HEIFImageHandle handle_;
 };

@@ -10,12 +10,12 @@
 namespace orvane {
 namespace {
 
-/// BT.601 of 625 or 525 lines: what phones write and every reader assumes.
+/// BT.601, which phones write and every reader assumes.
 constexpr heif_matrix_coefficients matrix = heif_matrix_coefficients_ITU_R_BT_601_6;
 
 // MARK: Pixels
 
-/// A plane to be written from its top row on.
+/// The rows of a new plane of a picture.
 class PlaneRows {
  public:
   PlaneRows(heif_image* image, heif_channel channel, std::size_t width, std::size_t height) {
@@ -38,7 +38,7 @@ HEIFImage emptyImage(std::size_t width, std::size_t height) {
   return HEIFImage(image);
 }
 
-/// `image` rendered into `space`, as planes of YCbCr 4:2:0 and, where it has one, alpha.
+/// `image` rendered into `space`, as planes of YCbCr 4:2:0 and, if it has it, alpha.
 HEIFImage convert(const Image& image, const ColorSpacePtr& space) {
   const std::size_t width = image.width;
   const std::size_t height = image.height;
@@ -67,8 +67,8 @@ HEIFImage convert(const Image& image, const ColorSpacePtr& space) {
 
 // MARK: Colour space
 
-/// How the planes are to be read. The code points stand for the space where they can; where they
-/// cannot they are unspecified, and the profile is there.
+/// The matrix and range of the planes, with the code points of `space`. They are unspecified for a
+/// space that has none and is written as an ICC profile instead.
 HEIFColorProfile planeDescription(const ColorSpace& space) {
   HEIFColorProfile profile(heif_nclx_color_profile_alloc());
   if (profile == nullptr) throw std::bad_alloc();

@@ -7,16 +7,17 @@
 #include "codecs/heic/HEVCEncoder.h"
 #include "platform/foundation/Memory.h"
 
-// From libheif 1.19 on. The version has a byte for each of its three numbers.
+// libheif 1.19 added security limits. The version has a byte for each of its three numbers.
 #define ORVANE_LIBHEIF_HAS_SECURITY_LIMITS (LIBHEIF_NUMERIC_VERSION >= 0x01130000)
 
 namespace orvane::HEIFLibrary {
 namespace {
 
-/// Once in the process: libheif's tables of plugins are not for several threads to fill.
+/// Registers the plugins once in the process: libheif's tables of them are not safe to fill from
+/// several threads.
 void initialize() {
   static const bool done = [] {
-    heif_init(nullptr);  // never undone: plugins may be in use until the very end
+    heif_init(nullptr);  // never undone: plugins may be in use until the process ends
     heif_register_decoder_plugin(&hevcDecoder);
     heif_register_encoder_plugin(&hevcEncoder);
     return true;
@@ -35,7 +36,7 @@ void setLimits(heif_context* context) {
 #endif
 }
 
-/// `get` fails without freeing what it has made (1.15).
+/// Takes over a profile that `get` has made even when `get` fails: libheif 1.15 does not free it.
 template <class Source>
 HEIFColorProfile profileBy(heif_error (*get)(const Source*, heif_color_profile_nclx**),
                            const Source* source) {
@@ -77,7 +78,7 @@ HEIFEncoder makeHEVCEncoder(heif_context* context) {
 HEIFEncodingOptions makeEncodingOptions() {
   HEIFEncodingOptions options(heif_encoding_options_alloc());
   if (options == nullptr) throw std::bad_alloc();
-  // Off by itself only in later generations: what could not read code points was iOS 12.
+  // libheif 1.15 omits code points by default, as iOS 12 could not read them. Write them.
   options->macOS_compatibility_workaround_no_nclx_profile = 0;
   return options;
 }

@@ -31,19 +31,19 @@ void check(const heif_error& error);
 /// threads. HEVC is decoded by `hevcDecoder` and encoded by `hevcEncoder`. Throws std::bad_alloc.
 HEIFContext makeContext();
 
-/// Strict, with irot, imir and clap applied. Chroma is upsampled by repeating it, which libheif
-/// does unless told otherwise: its bilinear way gives wrong colours along the borders (1.19).
+/// Options for strict decoding with irot, imir and clap applied. Chroma is upsampled by repetition,
+/// which is libheif's default: bilinear upsampling gives wrong colours along the borders (1.19).
 /// Throws std::bad_alloc.
 HEIFDecodingOptions makeDecodingOptions();
 
 /// `hevcEncoder`, for pictures of `context`. Throws Error.
 HEIFEncoder makeHEVCEncoder(heif_context* context);
 
-/// With colour spaces written as the picture has them. Throws std::bad_alloc.
+/// Options that write the colour space that the picture has. Throws std::bad_alloc.
 HEIFEncodingOptions makeEncodingOptions();
 
-/// The code points of a picture in a file, or of a decoded one; null when there are none, or such
-/// as libheif does not know.
+/// The code points of a picture in a file, or of a decoded one; null when it has none, and when
+/// libheif does not know them.
 HEIFColorProfile colorProfile(const heif_image_handle* handle);
 HEIFColorProfile colorProfile(const heif_image* image);
 

@@ -16,17 +16,18 @@
 namespace orvane {
 namespace {
 
-/// Above that of libheif's own plugin (100), which is never asked then.
+/// Higher than that of libheif's own plugin (100), so that libheif always chooses this one.
 constexpr int priority = 200;
 
-/// Why a picture is refused. libheif keeps the text's address: a literal.
+/// Thrown for a picture that is refused. libheif keeps the address of the reason, which therefore
+/// is a literal.
 struct Refusal {
   const char* reason;
 };
 
 constexpr heif_error success{heif_error_Ok, heif_suberror_Unspecified, "Success"};
 
-/// Runs what must not throw into libheif.
+/// Runs `work` and turns its exceptions into errors: none may reach libheif.
 template <class Work>
 heif_error guarded(Work work) {
   const char* reason = nullptr;
@@ -63,8 +64,8 @@ Planes makePlanes(const de265_image_spec& spec, const de265_image* image) {
   return planes;
 }
 
-/// Gives `image` its memory, which belongs to it as the user data of its first plane. 0 when it
-/// cannot.
+/// Gives `image` its planes, which it owns as the user data of its first plane. Returns 1, or 0
+/// when there is no memory or the size is past the limits.
 int getBuffer(de265_decoder_context*, de265_image_spec* spec, de265_image* image, void* context) {
   de265_set_parameter_bool(context, DE265_DECODER_PARAM_DISABLE_SAO, 0);  // see makeContext
   try {
@@ -87,9 +88,9 @@ const Planes* planesOf(const de265_image* image) {
 
 void releaseBuffer(de265_decoder_context*, de265_image* image, void*) { delete planesOf(image); }
 
-/// A decoder that asks `getBuffer` for the memory that it decodes into. It does so only where no
-/// sample adaptive offset is to follow, and looks at that setting again when it comes to the
-/// offset: until it has asked it must believe that there will be none.
+/// A decoder that decodes into the memory of `getBuffer`. libde265 calls `getBuffer` only while
+/// sample adaptive offset is disabled, and reads that setting again before it applies the offset:
+/// it is disabled here, and enabled again by `getBuffer`.
 ContextHandle makeContext() {
   ContextHandle context(de265_new_decoder());
   if (context == nullptr) throw std::bad_alloc();
@@ -102,8 +103,8 @@ ContextHandle makeContext() {
 
 // MARK: Output
 
-/// The colour description of the stream's video usability information; reserved values count as
-/// unspecified (2).
+/// Copies the colour description of the stream's video usability information. Reserved values
+/// become unspecified (2).
 void setColorProfile(heif_image* to, const de265_image* from) {
   const HEIFColorProfile profile(heif_nclx_color_profile_alloc());
   if (profile == nullptr) throw std::bad_alloc();
@@ -141,7 +142,7 @@ HEIFImage converted(const de265_image* from) {
   const bool equalDepths = de265_get_bits_per_pixel(from, 0) == de265_get_bits_per_pixel(from, 1);
   if (!monochrome && !equalDepths) throw Refusal{"luma and chroma differ in depth"};
   heif_image* created = nullptr;
-  // Chroma formats have the numbers of chroma_format_idc in both libraries.
+  // Both libraries number chroma formats as chroma_format_idc does.
   HEIFLibrary::check(
       heif_image_create(de265_get_image_width(from, 0), de265_get_image_height(from, 0),
                         monochrome ? heif_colorspace_monochrome : heif_colorspace_YCbCr,
@@ -173,8 +174,8 @@ void pushUnits(de265_decoder_context* context, ByteView data) {
   }
 }
 
-/// Messages beside the picture (SEI) that are not understood do it no harm; every other complaint
-/// is of damage.
+/// Throws Refusal for every warning but those about supplemental messages (SEI): a picture is whole
+/// without them.
 void refuseComplaints(de265_decoder_context* context) {
   for (;;) {
     const de265_error warning = de265_get_warning(context);
@@ -186,7 +187,7 @@ void refuseComplaints(de265_decoder_context* context) {
   }
 }
 
-/// The one picture that has been pushed.
+/// Decodes the one picture whose NAL units have been pushed.
 HEIFImage decodePicture(de265_decoder_context* context) {
   if (de265_flush_data(context) != DE265_OK) throw std::bad_alloc();
   HEIFImage result;

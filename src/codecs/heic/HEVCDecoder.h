@@ -4,10 +4,10 @@
 
 namespace orvane {
 
-/// HEVC (ITU-T H.265) decoding by libde265 for libheif. It takes the place of libheif's own use of
-/// libde265, which lets damaged pictures pass and starts a thread for each: this one decodes on the
-/// calling thread, checks ImageLimits before picture memory is taken, and refuses a picture that
-/// the decoder has complaints about or whose slices do not cover it.
+/// A plugin that decodes HEVC (ITU-T H.265) for libheif by libde265. libheif's own plugin accepts
+/// damaged pictures and starts a thread for each picture. This one decodes on the calling thread,
+/// checks ImageLimits before it takes picture memory, and refuses a picture that libde265 warns
+/// about or whose slices do not cover it.
 extern const heif_decoder_plugin hevcDecoder;
 
 }  // namespace orvane

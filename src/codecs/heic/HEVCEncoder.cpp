@@ -15,7 +15,7 @@
 namespace orvane {
 namespace {
 
-/// Above that of libheif's own plugin (100), which is never asked then.
+/// Higher than that of libheif's own plugin (100), so that libheif always chooses this one.
 constexpr int priority = 200;
 
 constexpr heif_error success{heif_error_Ok, heif_suberror_Unspecified, "Success"};
@@ -28,8 +28,9 @@ struct Encoder {
 
 // MARK: Parameters
 
-/// The part of a rate factor that x265 drops, for each block of 16×16: it adds this to the offsets
-/// of adaptive quantisation before it rounds them to whole parameters.
+/// The fraction of the rate factor, which x265 drops from the rate factor itself, once for each
+/// block of 16 × 16 pixels. x265 adds these offsets to those of adaptive quantisation and rounds
+/// the sums, so that the fraction counts.
 std::vector<float> blockOffsets(const x265_param& param, double rateFactor) {
   constexpr int side = 16;
   const auto blocks = [](int length) {
@@ -39,7 +40,7 @@ std::vector<float> blockOffsets(const x265_param& param, double rateFactor) {
                             static_cast<float>(rateFactor - std::floor(rateFactor)));
 }
 
-/// The colour description as the picture has it, in full range.
+/// Writes the picture's colour description into the stream, as full range.
 void describeColor(x265_param& param, const heif_image* image) {
   param.vui.bEnableVideoSignalTypePresentFlag = 1;
   param.vui.bEnableVideoFullRangeFlag = 1;
@@ -58,7 +59,7 @@ X265Library::Picture pictureOf(const heif_image* image, x265_param& param) {
   const int planes = param.internalCsp == X265_CSP_I400 ? 1 : 3;
   for (int i = 0; i < planes; ++i) {
     const auto channel = static_cast<heif_channel>(heif_channel_Y + i);
-    // x265 only reads them.
+    // x265 only reads the planes.
     picture->planes[i] = const_cast<std::uint8_t*>(
         heif_image_get_plane_readonly(image, channel, &picture->stride[i]));
   }
@@ -66,7 +67,7 @@ X265Library::Picture pictureOf(const heif_image* image, x265_param& param) {
   return picture;
 }
 
-/// With bAnnexB off every unit has its length before it, in four bytes.
+/// Every unit comes after its length in four bytes, because bAnnexB is off.
 void append(const x265_nal* nals, std::uint32_t count, std::vector<Bytes>& units) {
   for (std::uint32_t i = 0; i < count; ++i) {
     units.emplace_back(nals[i].payload + 4, nals[i].payload + nals[i].sizeBytes);
@@ -88,7 +89,8 @@ std::vector<Bytes> encodedUnits(x265_encoder* encoder, x265_picture* picture) {
   }
 }
 
-/// Sides are even and no smaller than the minimum; what is added repeats the border.
+/// The smallest even sides, at least the minimum, that hold the picture. libheif fills the added
+/// part by repeating the border.
 HEICSettings::Size codedSize(const heif_image* image) {
   const auto coded = [](int side) {
     return std::max((side + 1) / 2 * 2, HEICSettings::minimumSide);
@@ -99,7 +101,7 @@ HEICSettings::Size codedSize(const heif_image* image) {
 
 std::vector<Bytes> encode(const heif_image* image, bool isAlpha, double rateFactor) {
   const HEICSettings::Size size = codedSize(image);
-  // Adds memory around the picture, which stays as it is.
+  // Adds memory around the picture, whose pixels stay the same.
   HEIFLibrary::check(
       heif_image_extend_padding_to_size(const_cast<heif_image*>(image), size.width, size.height));
   const X265Library::Param param =
@@ -148,7 +150,7 @@ heif_error encodeImage(void* encoder, const heif_image* image, heif_image_input_
   }
 }
 
-/// One NAL unit at a time; null after the last.
+/// Hands out one NAL unit at a time, and null after the last.
 heif_error nextUnit(void* encoder, std::uint8_t** data, int* size, heif_encoded_data_type*) {
   auto& state = *static_cast<Encoder*>(encoder);
   *data = nullptr;

@@ -5,11 +5,11 @@
 namespace orvane {
 namespace {
 
-/// Rows begin at multiples of this many bytes, and as many may be read past the last one: more than
-/// decoders' vector code asks for.
+/// Rows begin at multiples of this many bytes, and this many bytes follow the last row. The vector
+/// code of decoders needs less.
 constexpr std::size_t alignment = 64;
 
-/// What a sample holds until it is decoded: noise such as no picture holds.
+/// The value of a sample that has not been decoded: noise that no picture contains.
 template <class Sample>
 Sample blankSample(std::size_t x, std::size_t y, int bitDepth) {
   const auto mixed =
@@ -45,9 +45,9 @@ void HEVCPlane::makeBlank() {
   }
 }
 
-/// Whether the block of 16 × 16 samples there, or what of it lies within the plane, is still blank.
-/// Looks at the middles of its 8 × 8 quarters: the deblocking of decoded neighbours does not reach
-/// them (ITU-T H.265, 8.7.2: up to three samples on both sides of the edges of an 8 × 8 grid).
+/// Whether the part of the block of 16 × 16 samples that lies within the plane is still blank. Only
+/// the middles of its 8 × 8 quarters count, because deblocking of decoded neighbours changes up to
+/// three samples on both sides of the edges of an 8 × 8 grid (ITU-T H.265, 8.7.2).
 template <class Sample>
 bool HEVCPlane::isBlankBlock(std::size_t left, std::size_t top) const {
   for (const std::size_t dy : {3, 4, 11, 12}) {

@@ -8,19 +8,19 @@
 
 namespace orvane {
 
-/// Memory for one plane of an HEVC picture while it is being decoded, that can tell afterwards
-/// whether all of it has been decoded. Decoders do not: damage often looks like the end of a slice,
-/// and what is missing after it is not missed.
+/// Memory for one plane of an HEVC picture, which tells after decoding whether all of it was
+/// written. Decoders do not tell: damage often looks like the end of a slice, and they do not
+/// report that blocks after it are missing.
 class HEVCPlane {
  public:
-  /// Takes memory and marks it as not decoded. `width` and `height` in samples, which take two
-  /// bytes when `bitDepth`, up to 16, is more than 8. Throws std::bad_alloc.
+  /// Takes memory and marks it as not decoded. `width` and `height` are in samples. `bitDepth` is
+  /// at most 16; a sample takes two bytes when it is more than 8. Throws std::bad_alloc.
   HEVCPlane(std::size_t width, std::size_t height, int bitDepth);
 
   std::uint8_t* memory() const { return memory_.get(); }
   std::size_t bytesPerRow() const { return bytesPerRow_; }
 
-  /// Whether every coding tree block has been decoded. For planes as large as luma.
+  /// Whether every coding tree block has been decoded. Only for luma and planes of its size.
   bool isComplete() const;
 
  private:
