@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "codecs/heic/HEIFLibrary.h"
+#include "codecs/heic/HEICContext.h"
 #include "support/TestImages.h"
 
 namespace orvane::test {
@@ -11,7 +11,7 @@ namespace {
 using HEIFLibrary::check;
 
 const heif_encoder_descriptor* libheifX265() {
-  const HEIFContext context = HEIFLibrary::makeContext();
+  const HEIFContext context = makeHEICContext();
   const heif_encoder_descriptor* descriptor = nullptr;
   heif_context_get_encoder_descriptors(context.get(), heif_compression_HEVC, "x265", &descriptor,
                                        1);
@@ -124,7 +124,7 @@ void addImage(heif_context* context, const Image& image, const HEICRecipe& recip
 bool canBuildHEIC() { return libheifX265() != nullptr; }
 
 Bytes buildHEIC(const std::vector<Image>& images, const HEICRecipe& recipe) {
-  const HEIFContext context = HEIFLibrary::makeContext();
+  const HEIFContext context = makeHEICContext();
   for (const Image& image : images) addImage(context.get(), image, recipe);
   Bytes file;
   heif_writer writer{.writer_api_version = 1, .write = append};
@@ -137,7 +137,7 @@ Bytes buildHEIC(const Image& image, const HEICRecipe& recipe) {
 }
 
 Image decodeWithLibheif(ByteView file) {
-  const HEIFContext context = HEIFLibrary::makeContext();
+  const HEIFContext context = makeHEICContext();
   check(
       heif_context_read_from_memory_without_copy(context.get(), file.data(), file.size(), nullptr));
   heif_image_handle* primary = nullptr;

@@ -5,7 +5,7 @@
 #include "codecs/ImageItems.h"
 #include "codecs/ImageLimits.h"
 #include "codecs/ImageSource.h"
-#include "codecs/heic/HEIFLibrary.h"
+#include "codecs/heic/HEICContext.h"
 #include "platform/graphics/ICCProfile.h"
 
 namespace orvane {
@@ -146,7 +146,7 @@ bool isDeep(const heif_image* image, heif_channel channel) {
 class HEICSource final : public ImageSource {
  public:
   explicit HEICSource(ByteView file)
-      : ImageSource(ImageFormat::heic), items_(file), context_(HEIFLibrary::makeContext()) {
+      : ImageSource(ImageFormat::heic), items_(file), context_(makeHEICContext()) {
     items_.checkReferences();
     patchedFile_ = items_.withoutIdentities();  // libheif 1.15 refuses files with identities
     if (!patchedFile_.empty()) file = patchedFile_;

@@ -3,8 +3,8 @@
 
 #include "codecs/ImageDestination.h"
 #include "codecs/YCbCrRows.h"
+#include "codecs/heic/HEICContext.h"
 #include "codecs/heic/HEICSettings.h"
-#include "codecs/heic/HEIFLibrary.h"
 #include "platform/graphics/RowRenderer.h"
 
 namespace orvane {
@@ -115,8 +115,8 @@ Bytes encode(const Image& image, const PictureMeasurements&, double quality) try
   HEIFLibrary::check(heif_image_set_nclx_color_profile(planes.get(), description.get()));
   if (!space->codePoints()) attachICC(planes.get(), space->iccData());
 
-  const HEIFContext context = HEIFLibrary::makeContext();
-  const HEIFEncoder encoder = HEIFLibrary::makeHEVCEncoder(context.get());
+  const HEIFContext context = makeHEICContext();
+  const HEIFEncoder encoder = makeHEVCEncoder(context.get());
   HEIFLibrary::check(
       heif_encoder_set_lossy_quality(encoder.get(), HEICSettings::rateFactorInHundredths(quality)));
   const HEIFEncodingOptions options = HEIFLibrary::makeEncodingOptions();

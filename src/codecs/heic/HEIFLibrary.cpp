@@ -3,8 +3,6 @@
 #include <new>
 
 #include "codecs/ImageLimits.h"
-#include "codecs/heic/HEVCDecoder.h"
-#include "codecs/heic/HEVCEncoder.h"
 #include "platform/foundation/Memory.h"
 
 // libheif 1.19 added security limits. The version has a byte for each of its three numbers.
@@ -12,18 +10,6 @@
 
 namespace orvane::HEIFLibrary {
 namespace {
-
-/// Registers the plugins once in the process: libheif's tables of them are not safe to fill from
-/// several threads.
-void initialize() {
-  static const bool done = [] {
-    heif_init(nullptr);  // never undone: plugins may be in use until the process ends
-    heif_register_decoder_plugin(&hevcDecoder);
-    heif_register_encoder_plugin(&hevcEncoder);
-    return true;
-  }();
-  static_cast<void>(done);
-}
 
 void setLimits(heif_context* context) {
 #if ORVANE_LIBHEIF_HAS_SECURITY_LIMITS
@@ -54,7 +40,6 @@ void check(const heif_error& error) {
 }
 
 HEIFContext makeContext() {
-  initialize();
   HEIFContext context(heif_context_alloc());
   if (context == nullptr) throw std::bad_alloc();
   heif_context_set_max_decoding_threads(context.get(), 0);
@@ -67,12 +52,6 @@ HEIFDecodingOptions makeDecodingOptions() {
   if (options == nullptr) throw std::bad_alloc();
   options->strict_decoding = 1;
   return options;
-}
-
-HEIFEncoder makeHEVCEncoder(heif_context* context) {
-  heif_encoder* encoder = nullptr;
-  check(heif_context_get_encoder_for_format(context, heif_compression_HEVC, &encoder));
-  return HEIFEncoder(encoder);
 }
 
 HEIFEncodingOptions makeEncodingOptions() {

@@ -28,16 +28,13 @@ class Error : public std::runtime_error {
 void check(const heif_error& error);
 
 /// An empty file, for reading into or for writing, which keeps to ImageLimits and starts no
-/// threads. HEVC is decoded by `hevcDecoder` and encoded by `hevcEncoder`. Throws std::bad_alloc.
+/// threads. Throws std::bad_alloc.
 HEIFContext makeContext();
 
 /// Options for strict decoding with irot, imir and clap applied. Chroma is upsampled by repetition,
 /// which is libheif's default: bilinear upsampling gives wrong colours along the borders (1.19).
 /// Throws std::bad_alloc.
 HEIFDecodingOptions makeDecodingOptions();
-
-/// `hevcEncoder`, for pictures of `context`. Throws Error.
-HEIFEncoder makeHEVCEncoder(heif_context* context);
 
 /// Options that write the colour space that the picture has. Throws std::bad_alloc.
 HEIFEncodingOptions makeEncodingOptions();
