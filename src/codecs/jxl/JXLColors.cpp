@@ -71,16 +71,37 @@ ColorSpacePtr decodedSpace(const JxlDecoder* decoder, ColorSpace::Model model) {
   return ColorSpace::fromICC(profile(decoder, JXL_COLOR_PROFILE_TARGET_DATA), model);
 }
 
+/// With a D65 white point.
+JxlColorEncoding makeEncoding(JxlColorSpace space, JxlPrimaries primaries,
+                              JxlTransferFunction transfer) {
+  JxlColorEncoding encoding{};
+  encoding.color_space = space;
+  encoding.white_point = JXL_WHITE_POINT_D65;
+  encoding.primaries = primaries;
+  encoding.transfer_function = transfer;
+  encoding.rendering_intent = JXL_RENDERING_INTENT_RELATIVE;
+  return encoding;
+}
+
 /// Asks for sRGB's curve, on these primaries. Refused, it changes nothing.
 void prefer(JxlDecoder* decoder, ColorSpace::Model model, JxlPrimaries primaries) {
-  JxlColorEncoding preference{};
-  preference.color_space =
-      model == ColorSpace::Model::gray ? JXL_COLOR_SPACE_GRAY : JXL_COLOR_SPACE_RGB;
-  preference.white_point = JXL_WHITE_POINT_D65;
-  preference.primaries = primaries;
-  preference.transfer_function = JXL_TRANSFER_FUNCTION_SRGB;
-  preference.rendering_intent = JXL_RENDERING_INTENT_RELATIVE;
+  const auto space = model == ColorSpace::Model::gray ? JXL_COLOR_SPACE_GRAY : JXL_COLOR_SPACE_RGB;
+  const JxlColorEncoding preference = makeEncoding(space, primaries, JXL_TRANSFER_FUNCTION_SRGB);
   JxlDecoderSetPreferredColorProfile(decoder, &preference);
+}
+
+/// Those of H.273 that have a D65 white and a name in JPEG XL.
+std::optional<JxlPrimaries> primariesOf(CodePoints codePoints) {
+  switch (codePoints.primaries) {
+    case 1:
+      return JXL_PRIMARIES_SRGB;
+    case 9:
+      return JXL_PRIMARIES_2100;
+    case 12:
+      return JXL_PRIMARIES_P3;
+    default:
+      return std::nullopt;
+  }
 }
 
 }  // namespace
@@ -99,6 +120,16 @@ JXLColors JXLColors::choose(JxlDecoder* decoder, const JxlBasicInfo& info) {
   prefer(decoder, model, isWide ? JXL_PRIMARIES_2100 : JXL_PRIMARIES_SRGB);
   const ColorSpacePtr decoded = decodedSpace(decoder, model);
   return {decoded, embedded->supportsOutput() ? embedded : decoded};
+}
+
+std::optional<JxlColorEncoding> highDynamicRangeEncoding(const ColorSpace& colorSpace) {
+  const auto codePoints = colorSpace.codePoints();
+  if (!codePoints || !hasHighDynamicRange(*codePoints)) return std::nullopt;
+  const auto primaries = primariesOf(*codePoints);
+  if (!primaries) return std::nullopt;
+  // JPEG XL's transfer functions have H.273's numbers.
+  return makeEncoding(JXL_COLOR_SPACE_RGB, *primaries,
+                      static_cast<JxlTransferFunction>(codePoints->transfer));
 }
 
 }  // namespace orvane

@@ -2,6 +2,8 @@
 
 #include <jxl/decode.h>
 
+#include <optional>
+
 #include "platform/graphics/ColorSpace.h"
 
 namespace orvane {
@@ -15,5 +17,9 @@ struct JXLColors {
   /// JXL_DEC_COLOR_ENCODING. Throws UnreadableImage for a profile that is too large.
   static JXLColors choose(JxlDecoder* decoder, const JxlBasicInfo& info);
 };
+
+/// PQ and HLG as JPEG XL names them, on the primaries that it has a name for; nothing for other
+/// spaces.
+std::optional<JxlColorEncoding> highDynamicRangeEncoding(const ColorSpace& colorSpace);
 
 }  // namespace orvane

@@ -11,6 +11,7 @@
 
 #include "codecs/UnreadableImage.h"
 #include "codecs/jpeg/JPEGLibrary.h"
+#include "codecs/jxl/JXLColors.h"
 #include "codecs/jxl/JXLLibrary.h"
 #include "picture/ColorProfile.h"
 #include "picture/ImageProcessingError.h"
@@ -46,7 +47,13 @@ void setBasicInfo(JxlEncoder* encoder, const RGBABuffer& rgba, bool hasAlpha, bo
 }
 
 void setColors(JxlEncoder* encoder, const ColorSpace& colorSpace) {
-  if (const auto profile = ColorProfile::embeddableICC(colorSpace)) {
+  const auto profile = ColorProfile::embeddableICC(colorSpace);
+  // The curves of a profile end at the reference white, and XYB would lose what is brighter.
+  if (const auto named = profile ? highDynamicRangeEncoding(colorSpace) : std::nullopt) {
+    require(JxlEncoderSetColorEncoding(encoder, &*named));
+    return;
+  }
+  if (profile) {
     require(JxlEncoderSetICCProfile(encoder, profile->data(), profile->size()));
     return;
   }

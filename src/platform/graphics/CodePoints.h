@@ -14,6 +14,11 @@ struct CodePoints {
   bool operator==(const CodePoints&) const = default;
 };
 
+/// Whether the transfer is PQ (SMPTE ST 2084) or HLG (ITU-R BT.2100).
+constexpr bool hasHighDynamicRange(CodePoints codePoints) {
+  return codePoints.transfer == 16 || codePoints.transfer == 18;
+}
+
 inline constexpr CodePoints sRGBCodePoints{1, 13};
 inline constexpr CodePoints displayP3CodePoints{12, 13};
 

@@ -74,8 +74,22 @@ Comparison compare(const ProfileHandle& profile, ColorSpace::Model model,
   return Comparison::same;
 }
 
+/// The code points of a cicp tag (ICC.1:2022 9.2.17) that says PQ or HLG, of which curves can hold
+/// only the range up to the reference white.
+std::optional<CodePoints> taggedHighDynamicRange(const ProfileHandle& profile) {
+  const auto* tag =
+      static_cast<const cmsVideoSignalType*>(cmsReadTag(profile.get(), cmsSigcicpTag));
+  if (tag == nullptr || tag->MatrixCoefficients != 0 || tag->VideoFullRangeFlag != 1) {
+    return std::nullopt;
+  }
+  const CodePoints codePoints{tag->ColourPrimaries, tag->TransferCharacteristics};
+  if (!hasHighDynamicRange(codePoints) || !makeProfile(codePoints)) return std::nullopt;
+  return codePoints;
+}
+
 /// The code points whose equivalent profile does what `profile` does.
 std::optional<CodePoints> recognised(const ProfileHandle& profile) {
+  if (const auto tagged = taggedHighDynamicRange(profile)) return tagged;
   // What still pictures come in: sRGB's curve, then BT.709's, plain gammas and linear light.
   constexpr CodePoints candidates[]{{12, 13}, {9, 13}, {1, 1},  {12, 1}, {9, 1},   {1, 4},  {12, 4},
                                     {9, 4},   {1, 8},  {12, 8}, {9, 8},  {11, 13}, {11, 17}};

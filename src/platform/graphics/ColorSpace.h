@@ -63,8 +63,8 @@ class ColorSpace {
   /// The profile; empty for uncalibrated CMYK.
   ByteView iccData() const { return iccData_; }
 
-  /// The H.273 code points that say the same as the profile, where there are such.
-  /// A profile is recognised by what it does, at each call.
+  /// The H.273 code points that say the same as the profile, where there are such. A profile is
+  /// recognised by what it does, PQ and HLG by its cicp tag, at each call.
   std::optional<CodePoints> codePoints() const;
 
   /// Whether the numbers are amounts of light: grey, or RGB by a matrix, whose curves are straight.

@@ -249,6 +249,36 @@ TEST(JXLEncoder, keepsDisplayP3WithLossToo) {
   EXPECT_LE(test::meanDifference(image, drawn), 2);
 }
 
+/// Shades of warm grey, the lightest of 255.
+Image warmShades(const ColorSpacePtr& space) {
+  return test::drawImage(128, 8, ChannelLayout::rgba, AlphaKind::none, 8, space,
+                         [](std::size_t x, std::size_t) -> test::Pixel {
+                           const auto shade = static_cast<std::uint16_t>(x * 2 + 1);
+                           const auto less = static_cast<std::uint16_t>(shade * 9 / 10);
+                           return {shade, less, less, 255};
+                         });
+}
+
+TEST(JXLEncoder, keepsTheHighlightsOfHighDynamicRange) {
+  for (const CodePoints points : {CodePoints{9, 16}, CodePoints{9, 18}, CodePoints{12, 16}}) {
+    const auto made = ColorSpace::fromCodePoints(points, ColorSpace::Model::rgb);
+    const auto read = ColorSpace::fromICC(made->iccData(), ColorSpace::Model::rgb);
+    for (const ColorSpacePtr& space : {made, read}) {
+      const Image drawn = warmShades(space);
+      const Image image = decode(JXLEncoder::encode(test::bufferOf(drawn), false, lossy(95)));
+      EXPECT_EQ(image.colorSpace->codePoints(), points);
+      EXPECT_LE(test::meanDifference(image, drawn), 2);
+    }
+  }
+}
+
+TEST(JXLEncoder, keepsTheProfileOfHighDynamicRangeThatJPEGXLHasNoNameFor) {
+  const auto space = ColorSpace::fromCodePoints({5, 16}, ColorSpace::Model::rgb);
+  const Image image =
+      decode(JXLEncoder::encode(test::bufferOf(test::patchImage(24, 16, space)), false, lossless));
+  EXPECT_TRUE(std::ranges::equal(image.colorSpace->iccData(), space->iccData()));
+}
+
 // JPEG
 
 /// Noise in the layout that `recipe` is coded from.

@@ -86,6 +86,28 @@ TEST(ColorSpace, keepsTheCodePointsOfHighDynamicRange) {
   }
 }
 
+TEST(ColorSpace, readsHighDynamicRangeOffTheProfileOfItsOwnMaking) {
+  for (const CodePoints points : {CodePoints{9, 16}, CodePoints{9, 18}, CodePoints{12, 16}}) {
+    const Bytes profile = copyOf(ColorSpace::fromCodePoints(points, Model::rgb)->iccData());
+    EXPECT_EQ(ColorSpace::fromICC(profile, Model::rgb)->codePoints(), points);
+  }
+}
+
+TEST(ColorSpace, believesNoTagOfOtherCurvesMatricesRangesOrPrimaries) {
+  const auto codePointsTagged = [](const cmsVideoSignalType& tag) {
+    const Bytes adobe = test::adobeRGBProfile();
+    const ProfileHandle profile = ICCProfile::open(adobe);
+    cmsWriteTag(profile.get(), cmsSigcicpTag, &tag);
+    return ColorSpace::fromICC(ICCProfile::serialized(profile), Model::rgb)->codePoints();
+  };
+  EXPECT_EQ(codePointsTagged({9, 16, 0, 1}), (CodePoints{9, 16}));
+  for (const cmsVideoSignalType& tag :
+       {cmsVideoSignalType{9, 13, 0, 1}, cmsVideoSignalType{9, 16, 9, 1},
+        cmsVideoSignalType{9, 16, 0, 0}, cmsVideoSignalType{2, 16, 0, 1}}) {
+    EXPECT_EQ(codePointsTagged(tag), std::nullopt);
+  }
+}
+
 TEST(ColorSpace, takesUnspecifiedAndReservedCodePointsForSRGB) {
   for (const CodePoints points :
        {CodePoints{2, 2}, CodePoints{1, 2}, CodePoints{2, 13}, CodePoints{1, 13}, CodePoints{0, 0},
