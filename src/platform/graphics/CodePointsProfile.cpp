@@ -52,20 +52,26 @@ ToneCurveHandle table(double (*linear)(double)) {
       nullptr, static_cast<cmsUInt32Number>(values.size()), values.data()));
 }
 
-/// SMPTE ST 2084, 1 being 10 000 cd/m².
+/// SMPTE ST 2084, 1 being the reference white of 203 cd/m² (ITU-R BT.2408). Brighter light is
+/// clipped. Viewers that know curves alone would show nearly black where 1 is 10 000 cd/m².
 double perceptualQuantizer(double value) {
+  constexpr double peak = 10'000.0 / 203;
   constexpr double m1 = 2610.0 / 16384, m2 = 2523.0 / 4096 * 128;
   constexpr double c1 = 3424.0 / 4096, c2 = 2413.0 / 4096 * 32, c3 = 2392.0 / 4096 * 32;
   const double power = std::pow(value, 1 / m2);
-  return std::pow(std::max(power - c1, 0.0) / (c2 - c3 * power), 1 / m1);
+  return peak * std::pow(std::max(power - c1, 0.0) / (c2 - c3 * power), 1 / m1);
 }
 
 /// ITU-R BT.2100, the inverse of the hybrid log-gamma OETF: scene light, 1 being its peak.
-double hybridLogGamma(double value) {
+double sceneLight(double value) {
   constexpr double a = 0.17883277, b = 1 - 4 * a;
   const double c = 0.5 - a * std::log(4 * a);
   return value <= 0.5 ? value * value / 3 : (std::exp((value - c) / a) + b) / 12;
 }
+
+/// The light of a display of 1000 cd/m², whose system gamma is 1.2 (ITU-R BT.2100), taken channel
+/// by channel. 1 is the reference white, 75 % of the signal (ITU-R BT.2408), as it is for PQ.
+double hybridLogGamma(double value) { return std::pow(sceneLight(value) / sceneLight(0.75), 1.2); }
 
 double logarithmic100(double value) { return value <= 0 ? 0 : std::pow(10, 2 * (value - 1)); }
 

@@ -9,7 +9,8 @@ namespace orvane {
 /// profile can (unspecified, reserved and XYZ primaries).
 ProfileHandle makeProfile(CodePoints codePoints);
 
-/// From coded value to linear light for H.273 transfer characteristics (table 3), or null.
+/// From coded value to linear light for H.273 transfer characteristics (table 3), or null. For PQ
+/// and HLG 1 is the reference white (ITU-R BT.2408); brighter light is clipped.
 ToneCurveHandle decodingCurve(std::uint16_t transfer);
 
 }  // namespace orvane

@@ -126,10 +126,22 @@ TEST(ColorSpace, hasACurveForEveryTransferThatStandsInTheTable) {
     EXPECT_TRUE(cmsIsToneCurveMonotonic(curve.get())) << transfer;
   }
   EXPECT_NEAR(cmsEvalToneCurveFloat(decodingCurve(13).get(), 0.5), 0.21404, 1e-4);
-  // 203 cd/m² of 10 000, at 58 % of the signal (ITU-R BT.2408).
-  EXPECT_NEAR(cmsEvalToneCurveFloat(decodingCurve(16).get(), 0.5807F), 0.0203, 2e-4);
-  // Half the signal is a twelfth of scene light (ITU-R BT.2100).
-  EXPECT_NEAR(cmsEvalToneCurveFloat(decodingCurve(18).get(), 0.5), 1.0 / 12, 1e-3);
+}
+
+TEST(ColorSpace, putsTheReferenceWhiteOfHighDynamicRangeAtOne) {
+  const ToneCurveHandle pq = decodingCurve(16);
+  const ToneCurveHandle hlg = decodingCurve(18);
+  // ITU-R BT.2408, table 1: 203 cd/m² is 58 % of PQ, 75 % of HLG; 26 cd/m² is 38 % of both.
+  EXPECT_NEAR(cmsEvalToneCurveFloat(pq.get(), 0.5806F), 1, 5e-3);
+  EXPECT_NEAR(cmsEvalToneCurveFloat(pq.get(), 0.38F), 26.0 / 203, 5e-3);
+  EXPECT_NEAR(cmsEvalToneCurveFloat(hlg.get(), 0.75F), 1, 2e-3);
+  EXPECT_NEAR(cmsEvalToneCurveFloat(hlg.get(), 0.38F), 26.0 / 203, 5e-3);
+  for (const float bright : {0.8F, 0.9F, 1.0F}) {
+    EXPECT_EQ(cmsEvalToneCurveFloat(pq.get(), bright), 1);
+    EXPECT_EQ(cmsEvalToneCurveFloat(hlg.get(), bright), 1);
+  }
+  EXPECT_EQ(cmsEvalToneCurveFloat(pq.get(), 0), 0);
+  EXPECT_EQ(cmsEvalToneCurveFloat(hlg.get(), 0), 0);
 }
 
 TEST(ColorSpace, tellsLinearLight) {
