@@ -12,7 +12,7 @@
 namespace orvane::ImageDecoder {
 namespace {
 
-/// The first picture of `source`, as it is stored, in a space that 8 bits are enough for.
+/// Decodes the first picture, not turned yet, into a space that 8 bits are enough for.
 Image decode(ImageSource& source) {
   const Image image = source.image();
   if (!image.colorSpace->isLinear()) return image;

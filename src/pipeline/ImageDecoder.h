@@ -9,18 +9,17 @@
 namespace orvane::ImageDecoder {
 
 struct DecodedImage {
-  ImageFormat format;  ///< of the source, told by its content
+  ImageFormat format;  ///< of the source, by its content
   Image image;         ///< upright
   std::size_t frameCount;
 };
 
-/// Decodes the first picture of a file and turns it upright. A picture of linear light comes with
-/// sRGB's curve, in 16 bits.
-/// Throws ImageProcessingError::decodingFailed.
+/// Decodes the first picture of a file and turns it upright. Linear light gets sRGB's curve, in 16
+/// bits. Throws ImageProcessingError::decodingFailed.
 DecodedImage decodeImageSource(ByteView fileData);
 
-/// `image` redrawn as EXIF orientation 2…8 asks; nothing for any other number, or when the
-/// redrawing cannot be done.
+/// Redraws `image`, stored in EXIF orientation 2…8, upright. Absent for any other number and when
+/// there is no memory for the redrawn picture.
 std::optional<Image> applyOrientation(int orientation, const Image& image);
 
 }  // namespace orvane::ImageDecoder

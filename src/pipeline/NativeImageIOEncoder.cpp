@@ -11,7 +11,7 @@
 namespace orvane::NativeImageIOEncoder {
 namespace {
 
-/// An alpha-free 8-bit copy, or nothing when there is no memory for it.
+/// An alpha-free 8-bit copy; absent when there is no memory for it.
 std::optional<Image> opaqueCopy(const Image& image, Backdrop backdrop) try {
   return flatten(image, backdrop);
 } catch (const std::bad_alloc&) {

@@ -8,14 +8,14 @@
 namespace orvane {
 namespace {
 
-/// Up to libjxl 0.8 the queries took a pixel format that they did not look at.
+/// Up to libjxl 0.8 the queries have a parameter for a pixel format, which they ignore.
 #if JPEGXL_NUMERIC_VERSION < JPEGXL_COMPUTE_NUMERIC_VERSION(0, 9, 0)
 #define ORVANE_JXL_QUERY(function, decoder, ...) function(decoder, nullptr, __VA_ARGS__)
 #else
 #define ORVANE_JXL_QUERY(function, decoder, ...) function(decoder, __VA_ARGS__)
 #endif
 
-/// The colours as an enumerated encoding; nothing when they are an ICC profile's.
+/// The enumerated encoding of the colours; absent when an ICC profile defines them.
 std::optional<JxlColorEncoding> encoding(const JxlDecoder* decoder, JxlColorProfileTarget target) {
   JxlColorEncoding result;
   if (ORVANE_JXL_QUERY(JxlDecoderGetColorAsEncodedProfile, decoder, target, &result) !=
@@ -25,7 +25,8 @@ std::optional<JxlColorEncoding> encoding(const JxlDecoder* decoder, JxlColorProf
   return result;
 }
 
-/// The colours as an ICC profile, one made by libjxl where they are enumerated; empty without.
+/// The ICC profile of the colours, which libjxl makes for an enumerated encoding; empty when there
+/// is none.
 Bytes profile(const JxlDecoder* decoder, JxlColorProfileTarget target) {
   std::size_t size = 0;
   if (ORVANE_JXL_QUERY(JxlDecoderGetICCProfileSize, decoder, target, &size) != JXL_DEC_SUCCESS) {
@@ -42,7 +43,7 @@ Bytes profile(const JxlDecoder* decoder, JxlColorProfileTarget target) {
 
 #undef ORVANE_JXL_QUERY
 
-/// The same in ITU-T H.273's numbers, which JPEG XL's are where there are such.
+/// The same in the numbers of ITU-T H.273, which JPEG XL shares; absent when H.273 has none.
 std::optional<CodePoints> codePoints(const JxlColorEncoding& encoding) {
   if (encoding.transfer_function == JXL_TRANSFER_FUNCTION_GAMMA ||
       encoding.transfer_function == JXL_TRANSFER_FUNCTION_UNKNOWN) {
@@ -51,7 +52,7 @@ std::optional<CodePoints> codePoints(const JxlColorEncoding& encoding) {
   const auto transfer = static_cast<std::uint16_t>(encoding.transfer_function);
   if (encoding.color_space == JXL_COLOR_SPACE_GRAY) return CodePoints{1, transfer};
   if (encoding.color_space != JXL_COLOR_SPACE_RGB) return std::nullopt;
-  if (encoding.primaries == JXL_PRIMARIES_P3) {  // H.273 numbers it with its white
+  if (encoding.primaries == JXL_PRIMARIES_P3) {  // one number of H.273 for each white
     if (encoding.white_point == JXL_WHITE_POINT_DCI) return CodePoints{11, transfer};
     if (encoding.white_point == JXL_WHITE_POINT_D65) return CodePoints{12, transfer};
     return std::nullopt;
@@ -71,7 +72,7 @@ ColorSpacePtr decodedSpace(const JxlDecoder* decoder, ColorSpace::Model model) {
   return ColorSpace::fromICC(profile(decoder, JXL_COLOR_PROFILE_TARGET_DATA), model);
 }
 
-/// With a D65 white point.
+/// An enumerated encoding with a D65 white point.
 JxlColorEncoding makeEncoding(JxlColorSpace space, JxlPrimaries primaries,
                               JxlTransferFunction transfer) {
   JxlColorEncoding encoding{};
@@ -83,14 +84,14 @@ JxlColorEncoding makeEncoding(JxlColorSpace space, JxlPrimaries primaries,
   return encoding;
 }
 
-/// Asks for sRGB's curve, on these primaries. Refused, it changes nothing.
+/// Asks the decoder for sRGB's curve on these primaries. A refusal changes nothing.
 void prefer(JxlDecoder* decoder, ColorSpace::Model model, JxlPrimaries primaries) {
   const auto space = model == ColorSpace::Model::gray ? JXL_COLOR_SPACE_GRAY : JXL_COLOR_SPACE_RGB;
   const JxlColorEncoding preference = makeEncoding(space, primaries, JXL_TRANSFER_FUNCTION_SRGB);
   JxlDecoderSetPreferredColorProfile(decoder, &preference);
 }
 
-/// Those of H.273 that have a D65 white and a name in JPEG XL.
+/// The primaries of H.273 that have a D65 white and a name in JPEG XL.
 std::optional<JxlPrimaries> primariesOf(CodePoints codePoints) {
   switch (codePoints.primaries) {
     case 1:
@@ -109,7 +110,7 @@ std::optional<JxlPrimaries> primariesOf(CodePoints codePoints) {
 JXLColors JXLColors::choose(JxlDecoder* decoder, const JxlBasicInfo& info) {
   const auto model =
       info.num_color_channels == 1 ? ColorSpace::Model::gray : ColorSpace::Model::rgb;
-  // A picture in libjxl's own XYB can be had in any enumerated encoding, and only in such.
+  // libjxl converts a picture in XYB into enumerated encodings only.
   if (info.uses_original_profile || encoding(decoder, JXL_COLOR_PROFILE_TARGET_ORIGINAL)) {
     const ColorSpacePtr own = decodedSpace(decoder, model);
     return {own, own};

@@ -8,18 +8,18 @@
 
 namespace orvane {
 
-/// What the colours of one JPEG XL picture mean.
+/// The colour spaces of one JPEG XL picture.
 struct JXLColors {
-  ColorSpacePtr decoded;  ///< as the decoder gives them
-  ColorSpacePtr image;    ///< as the picture is to have them: where not `decoded`, RGB for output
+  ColorSpacePtr decoded;  ///< of the pixels that the decoder gives
+  ColorSpacePtr image;    ///< of the picture; when it is not `decoded`, RGB that supports output
 
-  /// Chooses the colours that the decoder is to give. For a decoder that has just reported
-  /// JXL_DEC_COLOR_ENCODING. Throws UnreadableImage for a profile that is too large.
+  /// Tells the decoder which space to give. The decoder has just reported JXL_DEC_COLOR_ENCODING.
+  /// Throws UnreadableImage for a profile that is too large.
   static JXLColors choose(JxlDecoder* decoder, const JxlBasicInfo& info);
 };
 
-/// PQ and HLG as JPEG XL names them, on the primaries that it has a name for; nothing for other
-/// spaces.
+/// JPEG XL's name for a space of PQ or HLG. Absent for other curves, and for primaries that JPEG XL
+/// has no name for.
 std::optional<JxlColorEncoding> highDynamicRangeEncoding(const ColorSpace& colorSpace);
 
 }  // namespace orvane

@@ -48,7 +48,7 @@ void setBasicInfo(JxlEncoder* encoder, const RGBABuffer& rgba, bool hasAlpha, bo
 
 void setColors(JxlEncoder* encoder, const ColorSpace& colorSpace) {
   const auto profile = ColorProfile::embeddableICC(colorSpace);
-  // The curves of a profile end at the reference white, and XYB would lose what is brighter.
+  // A profile's curves end at the reference white: brighter light would be lost in XYB.
   if (const auto named = profile ? highDynamicRangeEncoding(colorSpace) : std::nullopt) {
     require(JxlEncoderSetColorEncoding(encoder, &*named));
     return;

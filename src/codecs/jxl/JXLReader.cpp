@@ -69,7 +69,7 @@ class JXLSource final : public ImageSource {
     advance(decoder.get(), JXL_DEC_COLOR_ENCODING);
     const JXLColors colors = JXLColors::choose(decoder.get(), info_);
     const bool isConverted = colors.decoded != colors.image;
-    // XYB has more shades than 8 bits of linear light can hold.
+    // A picture in XYB has more shades than 8 linear bits can hold.
     const bool isDeeper = !info_.uses_original_profile && colors.image->isLinear();
     const int depth = isDeeper ? 16 : depthOf(info_);
     Image image{.width = info_.xsize,

@@ -14,7 +14,7 @@ namespace {
 
 using InflateState = Handle<z_stream, inflateEnd>;
 
-/// What a zlib stream holds, or nothing when it is broken.
+/// Unpacks a zlib stream; absent when it is broken.
 std::optional<Bytes> inflateProfile(ByteView stream) {
   z_stream zlib{};
   zlib.next_in = const_cast<Bytef*>(stream.data());
@@ -36,36 +36,38 @@ std::optional<Bytes> inflateProfile(ByteView stream) {
   return profile;
 }
 
-/// PNG clause 11.3.2.3: a name, a zero, the compression method (0), a zlib stream.
+/// The profile of an iCCP chunk (PNG clause 11.3.2.3): a name, a zero, the compression method (0),
+/// a zlib stream.
 std::optional<Bytes> embeddedProfile(ByteView iCCP) {
   const auto nameSize = static_cast<std::size_t>(std::ranges::find(iCCP, 0) - iCCP.begin());
   if (nameSize + 2 > iCCP.size() || iCCP[nameSize + 1] != 0) return std::nullopt;
   return inflateProfile(iCCP.subspan(nameSize + 2));
 }
 
-/// Whether code points name a whole space. One unspecified number of the two is no more use than
-/// both: the chunks that follow cICP say the whole, where the missing half would be a guess. Grey
-/// has no primaries and needs only the curve.
+/// Whether code points define a space. Of two numbers both must be specified: a guess at the other
+/// would hide a later chunk, which defines the whole space. Grey needs the curve only.
 bool areUsable(CodePoints codePoints, ColorSpace::Model model) {
   return model == ColorSpace::Model::gray ? decodingCurve(codePoints.transfer) != nullptr
                                           : makeProfile(codePoints) != nullptr;
 }
 
-/// PNG clause 11.3.2.6: primaries, transfer, matrix (0, as the picture is RGB) and full range.
+/// The content of a cICP chunk (PNG clause 11.3.2.6): primaries, transfer, matrix (0, as the
+/// picture is RGB) and range (1, full).
 std::optional<CodePoints> codePointsIn(ByteView cICP, ColorSpace::Model model) {
   if (cICP.size() != 4 || cICP[2] != 0 || cICP[3] != 1) return std::nullopt;
   const CodePoints codePoints{cICP[0], cICP[1]};
   return areUsable(codePoints, model) ? std::optional(codePoints) : std::nullopt;
 }
 
-/// What cHRM holds (PNG clause 11.3.2.1), in its units: x and y of the white point, red, green and
-/// blue, times 100 000.
+/// The content of a cHRM chunk (PNG clause 11.3.2.1): x and y of the white point, red, green and
+/// blue, in units of 1/100 000.
 constexpr double chunkUnit = 100'000;
 using ChunkChromaticities = std::array<std::uint32_t, 8>;
 constexpr ChunkChromaticities sRGBChromaticities{31'270, 32'900, 64'000, 33'000,
                                                  30'000, 60'000, 15'000, 6'000};
 
-/// Those of a cHRM chunk, or sRGB's when there is none or it says what no colour can be.
+/// The chromaticities of a cHRM chunk; sRGB's when there is no chunk or it holds an impossible
+/// colour.
 ChunkChromaticities chromaticitiesIn(const std::optional<ByteView>& cHRM) {
   ChunkChromaticities values{};
   if (!cHRM || cHRM->size() != values.size() * 4) return sRGBChromaticities;
@@ -78,7 +80,7 @@ ChunkChromaticities chromaticitiesIn(const std::optional<ByteView>& cHRM) {
 }
 
 bool areSRGB(const ChunkChromaticities& values) {
-  constexpr int tolerance = 100;  // three decimals are what many writers know of
+  constexpr int tolerance = 100;  // many writers round to three decimals
   return std::ranges::equal(values, sRGBChromaticities, [](std::uint32_t a, std::uint32_t b) {
     return std::abs(static_cast<int>(a) - static_cast<int>(b)) <= tolerance;
   });
@@ -86,11 +88,11 @@ bool areSRGB(const ChunkChromaticities& values) {
 
 ColorSpacePtr colorSpaceOfGamma(ByteView gAMA, const std::optional<ByteView>& cHRM,
                                 ColorSpace::Model model) {
-  // PNG clause 11.3.2.2: the encoding exponent, times 100 000.
+  // PNG clause 11.3.2.2: the encoding exponent in units of 1/100 000.
   const std::uint32_t encoding = gAMA.size() == 4 ? readPNGInteger(gAMA) : 0;
   if (encoding == 0) return ColorSpace::standard(model);
   const ChunkChromaticities values = chromaticitiesIn(cHRM);
-  // 1/2.2, in any rounding, is what writers put there for sRGB.
+  // Writers put 1/2.2, rounded in several ways, for sRGB.
   if (encoding >= 45'445 && encoding <= 45'465 && areSRGB(values)) {
     return ColorSpace::standard(model);
   }

@@ -5,8 +5,8 @@
 
 namespace orvane {
 
-/// The space that a PNG's chunks name: cICP, else iCCP, else sRGB, else gAMA with cHRM, whichever
-/// is the first to say something usable; else the standard one. `model` is rgb or gray.
+/// The space that the first usable chunk of cICP, iCCP, sRGB and gAMA (with cHRM) defines, in this
+/// order; the standard one without any. `model` is rgb or gray.
 /// Throws UnreadableImage when the profile is past its limit.
 ColorSpacePtr pngColorSpace(const PNGChunks& chunks, ColorSpace::Model model);
 

@@ -4,9 +4,9 @@
 
 namespace orvane {
 
-/// Colour primaries and transfer characteristics as ITU-T H.273 numbers them: what PNG's cICP chunk
-/// and HEIF's nclx box carry. The matrix and range that go with them there are the reader's
-/// business: pictures reach this system as full-range RGB or grey.
+/// Colour primaries and transfer characteristics as ITU-T H.273 numbers them. PNG's cICP chunk and
+/// HEIF's nclx box carry them with a matrix and a range, which the readers apply: pictures are
+/// full-range RGB or grey here.
 struct CodePoints {
   std::uint16_t primaries = 2;  ///< H.273 table 2; 2 is unspecified
   std::uint16_t transfer = 2;   ///< H.273 table 3; 2 is unspecified

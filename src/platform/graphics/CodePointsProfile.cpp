@@ -33,8 +33,8 @@ constexpr std::array<PrimariesRow, 10> primariesTable{{
     {22, d65, {{0.630, 0.340, 1}, {0.295, 0.605, 1}, {0.155, 0.077, 1}}},
 }};
 
-/// value = ((v + a − 1) / a) ^ gamma above `start`, v / slope below: an ICC parametric curve of
-/// type 3.
+/// The curve light = ((value + a − 1) / a) ^ gamma from `start` on and value / slope below it: type
+/// 3 of ICC's parametric curves.
 ToneCurveHandle offsetGamma(double gamma, double a, double slope, double start) {
   const std::array<double, 5> parameters{gamma, 1 / a, (a - 1) / a, 1 / slope, start};
   return ToneCurveHandle(cmsBuildParametricToneCurve(nullptr, 4, parameters.data()));
@@ -52,8 +52,8 @@ ToneCurveHandle table(double (*linear)(double)) {
       nullptr, static_cast<cmsUInt32Number>(values.size()), values.data()));
 }
 
-/// SMPTE ST 2084, 1 being the reference white of 203 cd/m² (ITU-R BT.2408). Brighter light is
-/// clipped. Viewers that know curves alone would show nearly black where 1 is 10 000 cd/m².
+/// Light of SMPTE ST 2084, where 1 is the reference white of 203 cd/m² (ITU-R BT.2408). With 1 at
+/// the peak of 10 000 cd/m², viewers that know curves alone would show pictures nearly black.
 double perceptualQuantizer(double value) {
   constexpr double peak = 10'000.0 / 203;
   constexpr double m1 = 2610.0 / 16384, m2 = 2523.0 / 4096 * 128;
@@ -62,15 +62,16 @@ double perceptualQuantizer(double value) {
   return peak * std::pow(std::max(power - c1, 0.0) / (c2 - c3 * power), 1 / m1);
 }
 
-/// ITU-R BT.2100, the inverse of the hybrid log-gamma OETF: scene light, 1 being its peak.
+/// The inverse of the hybrid log-gamma OETF (ITU-R BT.2100): scene light, where 1 is the peak.
 double sceneLight(double value) {
   constexpr double a = 0.17883277, b = 1 - 4 * a;
   const double c = 0.5 - a * std::log(4 * a);
   return value <= 0.5 ? value * value / 3 : (std::exp((value - c) / a) + b) / 12;
 }
 
-/// The light of a display of 1000 cd/m², whose system gamma is 1.2 (ITU-R BT.2100), taken channel
-/// by channel. 1 is the reference white, 75 % of the signal (ITU-R BT.2408), as it is for PQ.
+/// Light of a display of 1000 cd/m², where 1 is the reference white: 75 % of the signal (ITU-R
+/// BT.2408). The display's system gamma of 1.2 (ITU-R BT.2100) belongs to luminance; a curve can
+/// apply it to each channel only.
 double hybridLogGamma(double value) { return std::pow(sceneLight(value) / sceneLight(0.75), 1.2); }
 
 double logarithmic100(double value) { return value <= 0 ? 0 : std::pow(10, 2 * (value - 1)); }
@@ -123,8 +124,7 @@ ProfileHandle makeProfile(CodePoints codePoints) {
   const std::string name = "ITU-T H.273 " + std::to_string(codePoints.primaries) + "/" +
                            std::to_string(codePoints.transfer);
   ICCProfile::describe(profile, name);
-  // ICC.1:2022 9.2.17: readers that know more than curves, of PQ and HLG above all, see what is
-  // meant.
+  // The cicp tag (ICC.1:2022 9.2.17) tells readers the whole range of PQ and HLG.
   const cmsVideoSignalType signal{static_cast<cmsUInt8Number>(codePoints.primaries),
                                   static_cast<cmsUInt8Number>(codePoints.transfer), 0, 1};
   cmsWriteTag(profile.get(), cmsSigcicpTag, &signal);

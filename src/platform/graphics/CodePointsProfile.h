@@ -5,12 +5,13 @@
 
 namespace orvane {
 
-/// The RGB profile that says what the code points say, or null where they say nothing that a
-/// profile can (unspecified, reserved and XYZ primaries).
+/// The RGB profile that means the same as the code points. Null for numbers that no profile can
+/// express: unspecified and reserved ones, and XYZ primaries.
 ProfileHandle makeProfile(CodePoints codePoints);
 
-/// From coded value to linear light for H.273 transfer characteristics (table 3), or null. For PQ
-/// and HLG 1 is the reference white (ITU-R BT.2408); brighter light is clipped.
+/// The curve from coded value to light, both 0…1, of H.273 transfer characteristics (table 3); null
+/// for unspecified and reserved numbers. For PQ and HLG a light of 1 is the reference white (ITU-R
+/// BT.2408), and brighter light is clipped.
 ToneCurveHandle decodingCurve(std::uint16_t transfer);
 
 }  // namespace orvane

@@ -12,7 +12,7 @@ namespace {
 constexpr std::uint16_t rec709Primaries = sRGBCodePoints.primaries;
 constexpr std::uint16_t sRGBTransfer = sRGBCodePoints.transfer;
 
-/// What the profile describes must be what the picture holds.
+/// The model of the pictures that the profile is for.
 std::optional<ColorSpace::Model> modelOf(const ProfileHandle& profile) {
   switch (cmsGetColorSpace(profile.get())) {
     case cmsSigGrayData:
@@ -26,14 +26,14 @@ std::optional<ColorSpace::Model> modelOf(const ProfileHandle& profile) {
   }
 }
 
-/// Whether the profile also converts from the connection space (ICC.1:2022 clause 8: matrix and
-/// curves, or a BToA table).
+/// Whether the profile also converts from the connection space, by a matrix and curves or by a BToA
+/// table (ICC.1:2022 clause 8).
 bool canBeRenderedInto(const ProfileHandle& profile) {
   return cmsIsMatrixShaper(profile.get()) || cmsIsTag(profile.get(), cmsSigBToA0Tag) ||
          cmsIsTag(profile.get(), cmsSigBToA1Tag) || cmsIsTag(profile.get(), cmsSigBToD1Tag);
 }
 
-/// 8-bit colours that tell profiles apart: every grey, and a coarse lattice.
+/// 8-bit colours that tell profiles apart: every grey and a lattice of 6 × 6 × 6 colours.
 std::vector<std::uint8_t> probes(ColorSpace::Model model) {
   std::vector<std::uint8_t> values;
   for (int v = 0; v < 256; ++v) {
@@ -50,8 +50,8 @@ std::vector<std::uint8_t> probes(ColorSpace::Model model) {
 
 enum class Comparison { same, different, impossible };
 
-/// Whether the profile gives the numbers of pictures of `model` the meaning that they have in
-/// `other`, an RGB profile, within the rounding of 8 bits.
+/// Whether a number of a picture of `model` means the same colour in `profile` and in `other`, an
+/// RGB profile, within the rounding of 8 bits.
 Comparison compare(const ProfileHandle& profile, ColorSpace::Model model,
                    const ProfileHandle& other) {
   const bool isGray = model == ColorSpace::Model::gray;
@@ -74,8 +74,8 @@ Comparison compare(const ProfileHandle& profile, ColorSpace::Model model,
   return Comparison::same;
 }
 
-/// The code points of a cicp tag (ICC.1:2022 9.2.17) that says PQ or HLG, of which curves can hold
-/// only the range up to the reference white.
+/// The code points of a cicp tag (ICC.1:2022 9.2.17) for PQ or HLG. Curves alone cannot tell these:
+/// they end at the reference white.
 std::optional<CodePoints> taggedHighDynamicRange(const ProfileHandle& profile) {
   const auto* tag =
       static_cast<const cmsVideoSignalType*>(cmsReadTag(profile.get(), cmsSigcicpTag));
@@ -87,10 +87,10 @@ std::optional<CodePoints> taggedHighDynamicRange(const ProfileHandle& profile) {
   return codePoints;
 }
 
-/// The code points whose equivalent profile does what `profile` does.
+/// The code points whose equivalent profile gives the same colours as `profile`.
 std::optional<CodePoints> recognised(const ProfileHandle& profile) {
   if (const auto tagged = taggedHighDynamicRange(profile)) return tagged;
-  // What still pictures come in: sRGB's curve, then BT.709's, plain gammas and linear light.
+  // The curves of still pictures: sRGB's, then BT.709's, plain gammas and linear light.
   constexpr CodePoints candidates[]{{12, 13}, {9, 13}, {1, 1},  {12, 1}, {9, 1},   {1, 4},  {12, 4},
                                     {9, 4},   {1, 8},  {12, 8}, {9, 8},  {11, 13}, {11, 17}};
   for (const CodePoints candidate : candidates) {

@@ -25,7 +25,7 @@ struct Chromaticities {
   double gamma = 2.2;  ///< decoding exponent: linear = value ^ gamma
 };
 
-/// What the numbers of a picture mean.
+/// The meaning of a picture's numbers.
 class ColorSpace {
  public:
   enum class Model { gray, rgb, cmyk };
@@ -33,22 +33,23 @@ class ColorSpace {
   static constexpr std::string_view sRGBName = "kCGColorSpaceSRGB";
   static constexpr std::string_view extendedSRGBName = "kCGColorSpaceExtendedSRGB";
 
-  /// What a picture of `model` means when it carries nothing: sRGB; the same number three times for
-  /// grey; uncalibrated ink for CMYK.
+  /// The space of a picture of `model` that carries no other: sRGB; grey whose numbers are taken
+  /// for R, G and B of sRGB; uncalibrated CMYK.
   static ColorSpacePtr standard(Model model);
   static ColorSpacePtr sRGB() { return standard(Model::rgb); }
 
   /// The space of an embedded profile (ICC.1:2022). A profile that does what sRGB does, within the
-  /// rounding of 8 bits, is `standard(model)` whatever its bytes; one that is broken, too large or
-  /// meant for another model is too: there is always a space.
+  /// rounding of 8 bits, is `standard(model)` whatever its bytes. A broken profile, or one for
+  /// another model, gives `standard(model)` too.
   static ColorSpacePtr fromICC(ByteView profile, Model model);
 
-  /// The space that ITU-T H.273 code points name, with an equivalent profile;
-  /// `standard(model)` for the ones that say nothing. `model` is rgb or gray.
+  /// The space that ITU-T H.273 code points name, with an equivalent profile. An unspecified number
+  /// is taken for sRGB's; numbers that no profile can express give `standard(model)`. `model` is
+  /// rgb or gray.
   static ColorSpacePtr fromCodePoints(CodePoints codePoints, Model model);
 
   /// The space of these primaries and this exponent, with an equivalent profile. `model` is rgb or
-  /// gray. Impossible primaries mean `standard(model)`.
+  /// gray. Impossible primaries give `standard(model)`.
   static ColorSpacePtr fromChromaticities(const Chromaticities& chromaticities, Model model);
 
   ColorSpace(Model model, std::optional<std::string_view> name, Bytes iccData,
@@ -63,15 +64,16 @@ class ColorSpace {
   /// The profile; empty for uncalibrated CMYK.
   ByteView iccData() const { return iccData_; }
 
-  /// The H.273 code points that say the same as the profile, where there are such. A profile is
-  /// recognised by what it does, PQ and HLG by its cicp tag, at each call.
+  /// The H.273 code points that mean the same as the profile, if any. An embedded profile is
+  /// recognised at each call: by its cicp tag for PQ and HLG, otherwise by the colours that it
+  /// gives.
   std::optional<CodePoints> codePoints() const;
 
-  /// Whether the numbers are amounts of light: grey, or RGB by a matrix, whose curves are straight.
+  /// Whether the numbers are proportional to light. True of grey and of RGB matrix profiles whose
+  /// curves are straight.
   bool isLinear() const;
 
-  /// The space to show a picture of this linear one in: the same primaries with sRGB's curve, sRGB
-  /// for grey.
+  /// The RGB space with the primaries of this linear one and sRGB's curve; sRGB for grey.
   ColorSpacePtr withSRGBCurve() const;
 
   /// Whether pictures can be rendered into this space: RGB, and its profile converts both ways.
@@ -85,7 +87,7 @@ class ColorSpace {
   bool supportsOutput_ = false;
 };
 
-/// The space to render a picture of `own` space into: its own when it is RGB and supports output,
+/// The space to render a picture of the space `own` into: `own` when it is RGB and supports output,
 /// sRGB otherwise.
 ColorSpacePtr renderingSpace(const ColorSpacePtr& own);
 

@@ -8,8 +8,8 @@
 namespace orvane {
 namespace {
 
-/// Premultiplied R, G, B, A over `backdrop`. Colours past their alpha, which lossy files hold,
-/// count as white.
+/// Draws premultiplied R, G, B, A over `backdrop`. Lossy files hold colours greater than their
+/// alpha; these count as white.
 void compose(std::span<std::uint8_t> row, Backdrop backdrop) {
   for (std::size_t at = 0; at < row.size(); at += 4) {
     const int light = backdrop == Backdrop::white ? 255 - row[at + 3] : 0;

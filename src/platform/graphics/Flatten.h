@@ -6,9 +6,9 @@ namespace orvane {
 
 enum class Backdrop { none, white };
 
-/// An 8-bit copy of `image` without alpha, in its rendering space: composed over white, or with its
-/// premultiplied colours as they are. A picture that is its own copy already shares its memory.
-/// Throws std::bad_alloc.
+/// Copies `image` to 8 bits without alpha in its rendering space. Over white, or, without a
+/// backdrop, the premultiplied colours as they are. Shares the memory of a picture that is such a
+/// copy already. Throws std::bad_alloc.
 Image flatten(const Image& image, Backdrop backdrop);
 
 }  // namespace orvane

@@ -8,11 +8,12 @@
 namespace orvane {
 namespace {
 
+/// IEC 61966-2-1, from light to coded value, both 0…1.
 double encoded(double light) {
   return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
 }
 
-/// For every 16-bit amount of light.
+/// The coded values of all 16-bit amounts of light.
 std::vector<std::uint16_t> makeCurve() {
   std::vector<std::uint16_t> curve(65536);
   for (std::size_t light = 0; light < curve.size(); ++light) {
@@ -31,7 +32,7 @@ Image gammaEncode(const Image& linear) {
               .alpha = linear.alpha == AlphaKind::none ? AlphaKind::none : AlphaKind::straight,
               .colorSpace = linear.colorSpace->withSRGBCurve()};
   const std::vector<std::uint16_t> curve = makeCurve();
-  // The space of the picture as the target: the renderer leaves the numbers as they are.
+  // Into the picture's own space the renderer leaves the numbers as they are.
   RowRenderer renderer(linear, linear.colorSpace, 16, RowRenderer::AlphaForm::straight);
   auto* row = reinterpret_cast<std::uint16_t*>(allocatePackedRows(image));
   for (std::size_t y = 0; y < image.height; ++y, row += image.width * 4) {

@@ -25,7 +25,7 @@ bool isForGray(ByteView profile) {
 }
 
 bool isLinear(const ProfileHandle& profile) {
-  // Tables, which come before curves, and grey curves to lightness are for no light.
+  // Readers prefer tables to curves. Grey curves of a Lab profile give lightness and not light.
   const bool isGray = cmsGetColorSpace(profile.get()) == cmsSigGrayData;
   if (cmsIsTag(profile.get(), cmsSigAToB0Tag) || cmsIsTag(profile.get(), cmsSigAToB1Tag) ||
       (isGray && cmsGetPCS(profile.get()) != cmsSigXYZData)) {

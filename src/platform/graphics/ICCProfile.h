@@ -24,14 +24,15 @@ ProfileHandle open(ByteView profile);
 /// Whether a profile is for grey pictures, by its header (7.2.6).
 bool isForGray(ByteView profile);
 
-/// Whether a grey profile, or an RGB profile of a matrix and curves (8.3.3), has straight curves.
+/// Whether a grey profile, or an RGB profile of a matrix and curves, gives light in proportion to
+/// the coded value.
 bool isLinear(const ProfileHandle& profile);
 
-/// The RGB profile with the primaries and the white of `matrix`, which has a matrix and curves, and
-/// with this curve for all channels. Throws std::bad_alloc.
+/// An RGB profile with the matrix of `matrix`, which has one, and with this curve for all channels.
+/// Throws std::bad_alloc.
 ProfileHandle withCurve(const ProfileHandle& matrix, const ToneCurveHandle& curve);
 
-/// Names the profile for the people who see it in a viewer. ASCII.
+/// Gives the profile the name that viewers show. ASCII.
 void describe(const ProfileHandle& profile, const std::string& name);
 
 /// The profile as a file. The same profile gives the same bytes at any time: the creation date,

@@ -62,8 +62,8 @@ struct Image {
   }
 };
 
-/// Gives `image`, whose form has been chosen, packed rows of its own, not zeroed, and returns them
-/// for writing. Throws std::bad_alloc.
+/// Allocates packed rows for `image`, whose size and format are set, and returns them for writing.
+/// They are not zeroed. Throws std::bad_alloc.
 inline std::uint8_t* allocatePackedRows(Image& image) {
   image.bytesPerRow = image.width * image.bytesPerPixel();
   const MutablePixelMemory pixels = makePixelMemory(image.bytesPerRow * image.height);
@@ -71,8 +71,8 @@ inline std::uint8_t* allocatePackedRows(Image& image) {
   return pixels.get();
 }
 
-/// Whether `image` holds, byte for byte, what an opaque 8-bit rendering of it into its own space
-/// would: packed R, G, B, 255.
+/// Whether the bytes of `image` are those of its opaque 8-bit rendering into its own space: packed
+/// R, G, B, 255.
 bool isOpaqueRendering(const Image& image);
 
 }  // namespace orvane

@@ -10,10 +10,10 @@
 namespace orvane {
 namespace {
 
-/// Rows that are turned together, so that a quarter turn writes runs of pixels and not single ones.
+/// Rows that are turned together. A quarter turn then writes runs of this many pixels.
 constexpr std::size_t rowsPerBlock = 16;
 
-/// Where the stored pixels go in the upright picture, in pixels from its first one.
+/// The places of the stored pixels in the upright picture, in pixels from its first one.
 struct Placement {
   std::ptrdiff_t origin;      ///< of the stored upper left pixel
   std::ptrdiff_t columnStep;  ///< from a pixel to the next of its stored row
@@ -22,7 +22,8 @@ struct Placement {
 
 bool swapsSides(int orientation) { return orientation >= 5; }
 
-/// CIPA DC-008 says on which side of the upright picture the first stored row and column lie.
+/// CIPA DC-008 defines an orientation by the sides of the upright picture where the first stored
+/// row and column lie.
 Placement placement(int orientation, const Image& upright) {
   const auto width = static_cast<std::ptrdiff_t>(upright.width);
   const auto height = static_cast<std::ptrdiff_t>(upright.height);
@@ -36,7 +37,7 @@ Placement placement(int orientation, const Image& upright) {
   return {origin, across, down};
 }
 
-/// Copies a block of stored rows into the upright picture. `to` is where its first pixel goes.
+/// Copies a block of stored rows into the upright picture, its first pixel to `to`.
 template <std::size_t pixelSize>
 void place(const std::uint8_t* block, std::size_t width, std::size_t rows,
            const Placement& placement, std::uint8_t* to) {
@@ -49,7 +50,7 @@ void place(const std::uint8_t* block, std::size_t width, std::size_t rows,
   }
 }
 
-/// An upright picture for `image`, not drawn yet.
+/// The upright picture of `image`, still without pixels.
 Image makeUpright(const Image& image, int orientation) {
   return {.width = swapsSides(orientation) ? image.height : image.width,
           .height = swapsSides(orientation) ? image.width : image.height,

@@ -21,7 +21,7 @@ Component multiply(std::uint32_t a, std::uint32_t b) {
   return static_cast<Component>((a * b + max / 2) / max);  // below 2³² for 16 bits too
 }
 
-/// Any layout to R, G, B, A of the same depth, colours untouched.
+/// Converts any layout to R, G, B, A of the same depth without touching the colours.
 template <typename Component>
 void unpack(const Component* in, ChannelLayout layout, std::size_t width, Component* out) {
   constexpr auto opaque = static_cast<Component>(maximum<Component>);
@@ -99,8 +99,8 @@ void changeDepth(std::span<const std::uint16_t> in, std::uint8_t* out) {
   for (const std::uint16_t value : in) *out++ = static_cast<std::uint8_t>((value + 128u) / 257);
 }
 
-/// The colours mean the same, or are taken to: grey and ink without a profile have no other meaning
-/// than their numbers.
+/// Whether the numbers of `source` are taken as those of `target`. Grey and CMYK without a profile
+/// have no other meaning than their numbers.
 bool sameNumbers(const ColorSpace& source, const ColorSpace& target) {
   return source.iccData().empty() || &source == &target ||
          std::ranges::equal(source.iccData(), target.iccData());
@@ -113,8 +113,8 @@ struct RowRenderer::Steps {
   int bitsPerComponent;
   AlphaForm alphaForm;
   std::optional<ColorTransform> transform;
-  std::vector<std::uint16_t> straightRow;  ///< a source row made straight before conversion
-  std::vector<std::uint16_t> deepRow;      ///< a row of 16 bits, where one of the depths is 8
+  std::vector<std::uint16_t> straightRow;  ///< the source row, straight, 8 or 16 bits
+  std::vector<std::uint16_t> deepRow;      ///< a row of 16 bits when only one depth is 16
 
   template <typename Source, typename Target>
   void render(const Source* in, Target* out) {

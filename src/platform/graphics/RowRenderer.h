@@ -8,13 +8,13 @@
 namespace orvane {
 
 /// Renders the rows of one picture, one at a time, as R, G, B, A of 8 or 16 bits in a given RGB
-/// space. Same space in and out: the numbers are untouched. Other spaces are converted relative
+/// space. Numbers of the same space stay as they are. Other spaces are converted relative
 /// colorimetric with black-point compensation; uncalibrated CMYK becomes (255 − C)(255 − K) / 255
-/// and so on. Straight to premultiplied: c·a/max, rounded to nearest. All of this is done at
-/// the deeper one of the two depths. Not for use by several threads at once.
+/// and so on. Premultiplied colours are c·a/max, rounded to nearest. The deeper of the two depths
+/// is used for all of this. Not for use by several threads at once.
 class RowRenderer {
  public:
-  /// What the rendered colours are multiplied with.
+  /// Whether the rendered colours are multiplied by alpha.
   enum class AlphaForm { premultiplied, straight };
 
   /// `target` is an RGB space that supports output; `bitsPerComponent` is 8 or 16.
