@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <set>
 
 #include "codecs/ImageSource.h"
 #include "codecs/jxl/JXLEncoder.h"
@@ -14,9 +16,11 @@
 #include "support/FailingZlib.h"
 #include "support/JPEGBuilder.h"
 #include "support/JXLBuilder.h"
+#include "support/ShortMemory.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestFiles.h"
 #include "support/TestImages.h"
+#include "support/TestProfiles.h"
 #include "support/WebPBuilder.h"
 
 namespace orvane {
@@ -242,6 +246,71 @@ TEST_F(ImageCompressorTest, makesAStillOfAnAnimation) {
     ASSERT_EQ(result.error, std::nullopt) << format.rawValue();
     const Bytes still = readFile(*result.destination);
     EXPECT_EQ(ImageSource::create(still)->frameCount(), 1u) << format.rawValue();
+  }
+}
+
+constexpr std::size_t mebibyte = std::size_t{1} << 20;
+
+struct ImageCompressorDeathTest : ImageCompressorTest {
+  void SetUp() override {
+    if (test::endsWithoutMemory()) GTEST_SKIP() << "sanitizers end the process";
+  }
+
+  /// Expects that a process with so much memory left compresses the file, or fails, as `isRight`
+  /// says of its result, and lives.
+  template <typename IsRight>
+  void expectInShortMemory(std::size_t bytes, const std::string& path, ImageFormat format,
+                           const IsRight& isRight) {
+    const auto compressInShortMemory = [&] {
+      test::leaveMemory(bytes);
+      std::_Exit(isRight(compress(path, format, 75)) ? 0 : 1);
+    };
+    EXPECT_EXIT(compressInShortMemory(), testing::ExitedWithCode(0), "") << bytes << " bytes";
+  }
+
+  /// Expects that it compresses the file or says in one of the known texts that it has failed.
+  void expectLifeInShortMemory(std::size_t bytes, const std::string& path, ImageFormat format) {
+    const std::set<std::string> texts{
+        std::strerror(ENOMEM), ImageProcessingError::decodingFailed().localizedDescription(),
+        ImageProcessingError::contextCreationFailed().localizedDescription(),
+        ImageProcessingError::encodingFailed(format).localizedDescription()};
+    expectInShortMemory(bytes, path, format, [&](const ImageCompressionResult& result) {
+      return !result.error || texts.contains(*result.error);
+    });
+  }
+};
+
+TEST_F(ImageCompressorDeathTest, writesATruecolourPNGWhereThereIsNoMemoryForAPalette) {
+  const std::string path = sources / "a.png";
+  writeFile(path, pngFile(test::noisyImage(300, 200)));
+  const auto expectColorType = [&](std::size_t bytes, int colorType) {
+    expectInShortMemory(bytes, path, ImageFormat::png, [&](const ImageCompressionResult& result) {
+      return !result.error && readFile(outputs / "a.png").at(25) == colorType;
+    });
+  };
+  expectColorType(3 * mebibyte, 2);
+  expectColorType(64 * mebibyte, 3);
+  for (std::size_t bytes = 0; bytes < 8 * mebibyte; bytes += mebibyte / 4) {
+    expectLifeInShortMemory(bytes, path, ImageFormat::png);
+  }
+}
+
+TEST_F(ImageCompressorDeathTest, cannotDecodeAJPEGXLThatThereIsNoMemoryFor) {
+  const std::string path = sources / "a.jxl";
+  const auto expectError = [&](std::size_t bytes, const std::optional<std::string>& error) {
+    expectInShortMemory(bytes, path, ImageFormat::webp, [&](const ImageCompressionResult& result) {
+      return result.error == error;
+    });
+  };
+  for (const test::JXLOptions& options :
+       {test::JXLOptions{}, test::JXLOptions{.xybDistance = 1},
+        test::JXLOptions{.xybDistance = 1, .icc = test::adobeRGBProfile()}}) {
+    writeFile(path, test::buildJXL(test::alphaGradientImage(300, 200), options));
+    expectError(8 * mebibyte, ImageProcessingError::decodingFailed().localizedDescription());
+    expectError(64 * mebibyte, std::nullopt);
+    for (std::size_t bytes = 0; bytes < 20 * mebibyte; bytes += mebibyte) {
+      expectLifeInShortMemory(bytes, path, ImageFormat::webp);
+    }
   }
 }
 

@@ -24,7 +24,7 @@ struct QuantizedImage {
 
 /// Reduces straight RGBA pixels, width × height × 4 bytes, to a palette with `attr` as the caller
 /// has set it up. One thread, whatever libimagequant was built with. `dithering` 0…1. Throws
-/// ImageProcessingError::encodingFailed.
+/// ImageProcessingError::encodingFailed, std::bad_alloc.
 QuantizedImage quantize(liq_attr* attr, ByteView pixels, std::size_t width, std::size_t height,
                         float dithering);
 
