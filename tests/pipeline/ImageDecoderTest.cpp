@@ -265,6 +265,20 @@ TEST(ImageDecoder, refusesPicturesOfOtherFormats) {
   };
   ASSERT_EQ(bmp.size(), 58u);
   expectRefused(bmp, "BMP");
+  const Bytes tiff{
+      'I', 'I', 42, 0, 8,  0, 0, 0, 8,   0,        // little-endian; 8 entries of a directory at 8
+      0,   1,   3,  0, 1,  0, 0, 0, 1,   0, 0, 0,  // ImageWidth 1
+      1,   1,   3,  0, 1,  0, 0, 0, 1,   0, 0, 0,  // ImageLength 1
+      2,   1,   3,  0, 1,  0, 0, 0, 8,   0, 0, 0,  // BitsPerSample 8
+      3,   1,   3,  0, 1,  0, 0, 0, 1,   0, 0, 0,  // Compression: none
+      6,   1,   3,  0, 1,  0, 0, 0, 1,   0, 0, 0,  // PhotometricInterpretation: 0 is black
+      17,  1,   4,  0, 1,  0, 0, 0, 110, 0, 0, 0,  // StripOffsets 110
+      22,  1,   3,  0, 1,  0, 0, 0, 1,   0, 0, 0,  // RowsPerStrip 1
+      23,  1,   4,  0, 1,  0, 0, 0, 1,   0, 0, 0,  // StripByteCounts 1
+      0,   0,   0,  0, 77,                         // no further directory; the pixel
+  };
+  ASSERT_EQ(tiff.size(), 111u);
+  expectRefused(tiff, "TIFF");
 }
 
 }  // namespace
