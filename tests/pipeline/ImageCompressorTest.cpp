@@ -147,7 +147,7 @@ TEST_F(ImageCompressorTest, writesAnOutputThatGrewAndSaysSo) {
   EXPECT_EQ(outputs.names(), std::vector<std::string>{"a.png"});
 }
 
-/// ISO/IEC 18181-2: the box of JPEG reconstruction data.
+/// Whether there is a box of JPEG reconstruction data (ISO/IEC 18181-2).
 bool rebuildsAJPEG(const Bytes& jxl) {
   constexpr std::string_view box = "jbrd";
   return std::search(jxl.begin(), jxl.end(), box.begin(), box.end()) != jxl.end();
@@ -256,8 +256,7 @@ struct ImageCompressorDeathTest : ImageCompressorTest {
     if (test::endsWithoutMemory()) GTEST_SKIP() << "sanitizers end the process";
   }
 
-  /// Expects that a process with so much memory left compresses the file, or fails, as `isRight`
-  /// says of its result, and lives.
+  /// Expects that a process with `bytes` of memory left lives, and that its result is right.
   template <typename IsRight>
   void expectInShortMemory(std::size_t bytes, const std::string& path, ImageFormat format,
                            const IsRight& isRight) {
@@ -268,7 +267,7 @@ struct ImageCompressorDeathTest : ImageCompressorTest {
     EXPECT_EXIT(compressInShortMemory(), testing::ExitedWithCode(0), "") << bytes << " bytes";
   }
 
-  /// Expects that it compresses the file or says in one of the known texts that it has failed.
+  /// Expects that such a process compresses the file or reports one of the known errors.
   void expectLifeInShortMemory(std::size_t bytes, const std::string& path, ImageFormat format) {
     const std::set<std::string> texts{
         std::strerror(ENOMEM), ImageProcessingError::decodingFailed().localizedDescription(),

@@ -9,7 +9,7 @@ thread_local int failuresLeft = 0;
 
 }  // namespace
 
-/// Stands before zlib's own function, since the program's symbols come before its libraries'.
+/// Replaces zlib's function: the linker prefers the program's symbols to its libraries'.
 extern "C" int compress2(Bytef* into, uLongf* size, const Bytef* from, uLong count, int level) {
   static const auto ofZlib = reinterpret_cast<decltype(&compress2)>(dlsym(RTLD_NEXT, "compress2"));
   if (failuresLeft == 0) return ofZlib(into, size, from, count, level);

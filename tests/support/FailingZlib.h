@@ -2,8 +2,8 @@
 
 namespace orvane::test {
 
-/// While it lives, zlib does not compress for this thread: its next calls of compress2, `count` of
-/// them, find no memory.
+/// Makes the next `count` calls of compress2 on this thread report that there is no memory. Calls
+/// succeed again when it is gone.
 class FailingZlib {
  public:
   explicit FailingZlib(int count);

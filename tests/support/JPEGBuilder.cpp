@@ -9,7 +9,7 @@
 namespace orvane::test {
 namespace {
 
-/// What libjpeg writes to, which is the caller's to free.
+/// The memory that libjpeg allocates and the caller frees.
 struct Output {
   unsigned char* memory = nullptr;
   unsigned long size = 0;

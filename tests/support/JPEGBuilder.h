@@ -19,7 +19,7 @@ struct JPEGSegment {
   Bytes data;
 };
 
-/// How a JPEG file is to be coded. What is not said is as libjpeg does it.
+/// How to code a JPEG file. libjpeg's defaults hold for all that is not named here.
 struct JPEGRecipe {
   J_COLOR_SPACE stored = JCS_YCbCr;
   int quality = 95;
@@ -31,7 +31,7 @@ struct JPEGRecipe {
   std::optional<bool> hasAdobeMarker;
   std::optional<bool> hasJFIFMarker;
   std::vector<JPEGSegment> segments;  ///< before the tables
-  std::vector<jpeg_scan_info> scans;  ///< progressive or not as they say
+  std::vector<jpeg_scan_info> scans;  ///< libjpeg's script; they decide whether it is progressive
 };
 
 /// Codes a gray, rgba or cmyk picture of 8 bits, or a grayAlpha one as JCS_UNKNOWN. Throws
@@ -41,8 +41,8 @@ Bytes buildJPEG(const Image& image, const JPEGRecipe& recipe = {});
 /// A progressive script for one component: `count` scans, 1 to 630, each of them valid.
 std::vector<jpeg_scan_info> manyScans(int count);
 
-/// Where the marker 0xFF, `code` first stands, looked for from a marker or from entropy-coded data
-/// on. Throws std::runtime_error when it does not.
+/// Where the marker 0xFF, `code` first stands at or after `from`, which must be a place between
+/// segments or in entropy-coded data. Throws std::runtime_error when there is none.
 std::size_t findMarker(ByteView file, int code, std::size_t from = 2);
 
 /// Where the entropy-coded data of the first scan begins.

@@ -9,7 +9,7 @@
 #include "platform/foundation/Bytes.h"
 #include "platform/graphics/Image.h"
 
-/// JPEG XL files made by libjxl's own encoder, with what the code under test never writes.
+/// JPEG XL files made by libjxl's own encoder, in forms that the code under test never writes.
 namespace orvane::test {
 
 struct JXLOptions {
@@ -37,7 +37,7 @@ Bytes buildJXL(const Image& image, const JXLOptions& options = {});
 /// Whether this libjxl writes premultiplied alpha.
 bool canBuildPremultipliedJXL();
 
-/// `jpeg` in a container, with what libjxl rebuilds it from.
+/// `jpeg` in a container from which libjxl can rebuild it. Throws std::runtime_error.
 Bytes buildJXLFromJPEG(ByteView jpeg, int effort);
 
 /// A one-row picture of 32-bit floats, R, G, B.
@@ -47,7 +47,7 @@ Bytes buildFloatJXL(std::span<const float> samples);
 JxlColorEncoding jxlEncoding(JxlColorSpace space, JxlPrimaries primaries,
                              JxlTransferFunction transfer);
 
-/// What a file's header says. Throws std::runtime_error when it cannot be read.
+/// The header of a file. Throws std::runtime_error when it cannot be read.
 JxlBasicInfo readJXLBasicInfo(ByteView file);
 
 /// The JPEG that a file was made from, rebuilt; empty when it cannot be.

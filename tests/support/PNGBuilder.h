@@ -13,7 +13,7 @@ inline constexpr std::uint8_t paletteType = 3;
 inline constexpr std::uint8_t grayAlphaType = 4;
 inline constexpr std::uint8_t rgbaType = 6;
 
-/// What a file is to hold. Rows are not filtered.
+/// The content of a PNG file. Its rows are not filtered.
 struct PNGRecipe {
   std::uint32_t width = 1;
   std::uint32_t height = 1;
@@ -37,7 +37,7 @@ Bytes assemblePNG(const std::vector<PNGChunk>& chunks);
 /// there is none.
 Bytes withWrongCRC(ByteView file, const std::string& type);
 
-/// What the rows of a picture are before zlib compresses them.
+/// The rows of a picture before zlib compresses them, each after its filter byte.
 Bytes scanlines(const PNGRecipe& recipe);
 
 Bytes zlibStream(ByteView content);

@@ -28,7 +28,7 @@ Bytes chunkPayload(const std::vector<PNGChunk>& chunks, const std::string& type)
 /// One chunk as it stands in a file.
 Bytes pngChunk(const PNGChunk& chunk);
 
-/// What a zlib stream holds. Throws std::runtime_error when it is broken.
+/// The content of a zlib stream. Throws std::runtime_error when the stream is broken.
 Bytes inflated(ByteView stream);
 
 struct PNGPixels {
@@ -37,7 +37,7 @@ struct PNGPixels {
   Bytes rgba;  ///< straight, packed
 };
 
-/// What libpng reads. Throws std::runtime_error at its first error or warning.
+/// The pixels that libpng reads. Throws std::runtime_error at its first error or warning.
 PNGPixels readPNG(ByteView file);
 
 }  // namespace orvane::test

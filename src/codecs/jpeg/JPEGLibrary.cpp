@@ -5,7 +5,7 @@ namespace orvane {
 JPEGErrors::JPEGErrors() : jpeg_error_mgr{}, start_{}, text_{} {
   jpeg_std_error(this);
   error_exit = [](j_common_ptr info) { fail(info); };
-  // Warnings and traces are not printed.
+  // libjpeg would print warnings and traces.
   emit_message = [](j_common_ptr, int) {};
 }
 

@@ -10,17 +10,17 @@
 
 namespace orvane {
 
-/// Brings libjpeg's errors, which it reports by a call that must not return, back as exceptions.
-/// To be set as the `err` of one compressor or decompressor, which it must outlive.
+/// Turns libjpeg's errors, which it reports by a call that must not return, into exceptions. Set it
+/// as the `err` of one compressor or decompressor, which it must outlive.
 class JPEGErrors : public jpeg_error_mgr {
  public:
   JPEGErrors();
   JPEGErrors(const JPEGErrors&) = delete;
   JPEGErrors& operator=(const JPEGErrors&) = delete;
 
-  /// Runs `call`, which calls libjpeg. What libjpeg reports while it runs comes out as `Error` with
-  /// libjpeg's own text, or as std::bad_alloc. `call` is then left by a long jump: no object that
-  /// it creates may have a destructor.
+  /// Runs `call`, which calls libjpeg. An error of libjpeg is thrown as `Error` with libjpeg's own
+  /// text, or as std::bad_alloc. It leaves `call` by a long jump: no object that `call` creates may
+  /// have a destructor.
   template <typename Error, typename Call>
   void run(const Call& call) {
     if (setjmp(start_) == 0) {
@@ -31,7 +31,7 @@ class JPEGErrors : public jpeg_error_mgr {
     throw Error(text_);
   }
 
-  /// Ends the running call with an error of our own. To be called from libjpeg's callbacks.
+  /// Ends the running call with an error of our own. Only libjpeg's callbacks may call it.
   [[noreturn]] void fail(const char* text);
 
  private:
@@ -42,7 +42,7 @@ class JPEGErrors : public jpeg_error_mgr {
   char text_[JMSG_LENGTH_MAX];
 };
 
-/// Owners of what libjpeg hangs on its two structures. Set `err` first, then create.
+/// Owners of the memory that libjpeg hangs on its two structures. Set `err` first, then create.
 struct JPEGDecompressor : jpeg_decompress_struct {
   JPEGDecompressor() : jpeg_decompress_struct{} {}
   ~JPEGDecompressor() { jpeg_destroy_decompress(this); }

@@ -11,13 +11,13 @@
 namespace orvane {
 namespace {
 
-/// Half a minute of work. Encoders make about ten scans.
+/// Decoding so many pixels takes half a minute. Encoders write about ten scans.
 constexpr std::uint64_t maximumScannedPixels = 16 * ImageLimits::maximumPixels;
 
 constexpr int exifMarker = JPEG_APP0 + 1;
 constexpr int profileMarker = JPEG_APP0 + 2;
 
-/// What the colours of the file are decoded to.
+/// The colours that libjpeg decodes a file to.
 struct Output {
   J_COLOR_SPACE colors;
   ChannelLayout layout;
@@ -85,7 +85,7 @@ JPEGSource::JPEGSource(ByteView file) : ImageSource(ImageFormat::jpeg), file_(fi
   setOrientation(orientationInHeader());
 }
 
-/// From the beginning of the file, whatever has been read of it before.
+/// Starts over at the beginning of the file.
 void JPEGSource::readHeader() {
   endIsMissing_ = false;
   run([this] {
@@ -109,8 +109,8 @@ int JPEGSource::orientationInHeader() const {
   return 1;
 }
 
-/// Of the profile in the APP2 segments (ICC.1:2010 annex B.4). A sequence of them that is broken
-/// counts as none.
+/// Reads the profile in the APP2 segments (ICC.1:2010 annex B.4). A broken sequence of segments
+/// counts as no profile.
 ColorSpacePtr JPEGSource::colorSpaceInHeader(ColorSpace::Model model) {
   JOCTET* data = nullptr;
   unsigned size = 0;
@@ -120,7 +120,8 @@ ColorSpacePtr JPEGSource::colorSpaceInHeader(ColorSpace::Model model) {
   return ColorSpace::fromICC({data, size}, model);
 }
 
-/// What libjpeg holds of a picture of several scans until it has read the last one; rounded up.
+/// libjpeg holds the coefficients of a picture of several scans until it has read the last scan.
+/// Returns their bytes per pixel, rounded up.
 std::size_t JPEGSource::coefficientBytesPerPixel() {
   if (!jpeg_has_multiple_scans(&info_)) return 0;
   int samples = 0;
@@ -149,11 +150,11 @@ Image JPEGSource::image() {
   return image;
 }
 
-/// A file may lack a scan, or stop between two, without a warning. To be called once the scans of a
-/// picture of several have been read.
+/// libjpeg does not warn when a file lacks a scan or ends between two scans. Call this after
+/// jpeg_start_decompress, which reads all scans of a picture of several.
 void JPEGSource::requireEveryScan() const {
   for (int c = 0; c < info_.num_components; ++c) {
-    // Set when the component's first scan begins.
+    // libjpeg sets the table when the component's first scan begins.
     if (info_.comp_info[c].quant_table == nullptr) throw UnreadableImage("a component is missing");
     if (!endIsMissing_ || info_.coef_bits == nullptr) continue;
     const auto& missingBits = info_.coef_bits[c];
@@ -164,7 +165,7 @@ void JPEGSource::requireEveryScan() const {
 }
 
 void JPEGSource::readRows(std::uint8_t* pixels, std::size_t bytesPerRow) {
-  // Adobe's CMYK files say how much light is left, not how much ink there is.
+  // Adobe's CMYK files store 255 less the ink.
   const bool isInverted = info_.out_color_space == JCS_CMYK && info_.saw_Adobe_marker != 0;
   std::array<JSAMPROW, 16> rows;
   while (info_.output_scanline < info_.output_height) {
@@ -179,7 +180,7 @@ void JPEGSource::readRows(std::uint8_t* pixels, std::size_t bytesPerRow) {
   }
 }
 
-/// A scan can cost a pass over the whole picture and next to no bytes.
+/// Limits the scans, since one of a few bytes can cost a pass over the whole picture.
 void JPEGSource::countScans(j_common_ptr info) {
   auto* source = static_cast<JPEGSource*>(info->client_data);
   const jpeg_decompress_struct& header = source->info_;
@@ -197,32 +198,32 @@ void JPEGSource::judgeMessage(j_common_ptr info, int level) {
   if (!source->isHarmless(info->err->msg_code)) info->err->error_exit(info);
 }
 
-/// Whether all of the picture may still be there. libjpeg warns of damage, and invents what it
-/// cannot read.
+/// Whether the picture may be complete in spite of the warning. After others libjpeg makes up the
+/// pixels that it cannot read.
 bool JPEGSource::isHarmless(int warning) {
   switch (warning) {
     case JWRN_ADOBE_XFORM:
     case JWRN_JFIF_MAJOR:
-    case JWRN_NOT_SEQUENTIAL:  // the numbers that it finds wrong say nothing in such a scan
-    case JWRN_BOGUS_ICC:
+    case JWRN_NOT_SEQUENTIAL:  // a sequential scan does not use the numbers that are wrong
+    case JWRN_BOGUS_ICC:       // the profile is left out
       return true;
     case JWRN_JPEG_EOF:
-      // Where more entropy-coded data is needed JWRN_HIT_MARKER follows, but not for arithmetic
-      // coding, which takes what is missing for zeros (ITU-T T.81 D.2.6).
+      // If Huffman-coded data is missing, JWRN_HIT_MARKER follows. Arithmetic decoding reads zeros
+      // instead, without a warning (ITU-T T.81 D.2.6).
       endIsMissing_ = true;
       return info_.arith_code == 0;
     case JWRN_EXTRANEOUS_DATA:
-      // Between the segments of the header anything may lie. In and after a scan it is what the
-      // scan should have taken.
+      // Between the segments of the header any bytes are harmless. In or after a scan they are
+      // data that the scan should have used.
       return info_.input_scan_number == 0 || skippedOnlyPadding();
     default:
       return false;
   }
 }
 
-/// Whether the bytes that libjpeg has skipped to find a marker are zeros and ones.
+/// Whether the bytes that libjpeg has skipped to find a marker are all 0 or 255.
 bool JPEGSource::skippedOnlyPadding() const {
-  if (endIsMissing_) return false;  // libjpeg reads its own bytes then
+  if (endIsMissing_) return false;  // the bytes are libjpeg's own, not the file's
   const JOCTET* end = info_.src->next_input_byte;
   return std::all_of(end - info_.err->msg_parm.i[0], end,
                      [](JOCTET byte) { return byte == 0 || byte == 0xFF; });

@@ -9,22 +9,21 @@
 namespace orvane {
 namespace {
 
-/// From here on the loss of chroma detail shows on photographs too.
+/// From this quality on, lost chroma detail shows on photographs too.
 constexpr double fullChromaQuality = 0.90;
 
-/// More than the blossoms and the neon lights of photographs reach, less than any page with
-/// coloured text on it.
+/// Photographs of blossoms and of neon lights stay below this share; pages with coloured text lie
+/// above it.
 constexpr double fullChromaEdgeShare = 0.003;
 
-/// How quantisation steps grow with the frequency. All of them rise faster towards the high ones
-/// than the example tables of ITU-T T.81, annex K, which are older than any measure of what is
-/// seen.
+/// How quantisation steps grow with the frequency. They rise faster than those of the example
+/// tables in ITU-T T.81, annex K, which are older than any measure of perceived quality.
 struct StepShape {
   double constant;  ///< step of the block's mean, beside 1 for the lowest frequencies
   double radial;    ///< added at the end of a row or column of coefficients
   double diagonal;  ///< added at the highest frequency both ways
 
-  /// Of the coefficient of horizontal and vertical frequency u, v, 0…7.
+  /// The step of the coefficient of horizontal frequency u and vertical frequency v, 0…7.
   double step(std::size_t u, std::size_t v) const {
     if (u == 0 && v == 0) return constant;
     return 1 + radial * std::pow(std::hypot(u, v) / 7, 1.5) +
@@ -34,8 +33,8 @@ struct StepShape {
 
 constexpr StepShape lumaShape{.constant = 0.8, .radial = 8, .diagonal = 4};
 
-/// Halved chroma has lost its high frequencies already, and is coded a little finer than luma; of
-/// whole chroma less is seen than of luma.
+/// Halved chroma has lost its high frequencies already and is coded a little finer than luma. Full
+/// chroma is coded coarser, since the eye sees less of it.
 constexpr StepShape halvedChromaShape{.constant = 0.75, .radial = 8, .diagonal = 4};
 constexpr double halvedChromaScale = 0.8;
 constexpr StepShape fullChromaShape{.constant = 0.7, .radial = 12, .diagonal = 8};

@@ -4,7 +4,7 @@
 
 namespace orvane {
 
-/// What one quality is to a JPEG encoder.
+/// A JPEG encoder's settings for one quality.
 struct JPEGSettings {
   /// Quantisation steps of the 64 coefficients, 1…255, row by row.
   using Steps = std::array<unsigned, 64>;

@@ -28,13 +28,13 @@ class Output : public jpeg_destination_mgr {
  private:
   static Output& of(j_compress_ptr info) { return *static_cast<Output*>(info->dest); }
 
-  /// What lies behind the first `used` bytes is libjpeg's to fill.
+  /// Gives libjpeg the bytes after the first `used` to fill.
   void offer(std::size_t used) {
     next_output_byte = bytes_.data() + used;
     free_in_buffer = bytes_.size() - used;
   }
 
-  /// libjpeg's own frames lie below: nothing may be thrown through them.
+  /// libjpeg calls this, and no exception may pass through its C code.
   bool grow() noexcept try {
     const std::size_t used = bytes_.size();
     bytes_.resize(used * 2);
@@ -97,7 +97,7 @@ void Encoder::configure(J_COLOR_SPACE colors, const JPEGSettings& settings) {
 }
 
 void Encoder::writeProfile(ByteView profile) {
-  // ICC.1:2010 annex B.4: 255 segments at most. libjpeg would write more, with wrong numbers.
+  // ICC.1:2010 annex B.4 allows 255 segments. libjpeg would write more, with wrong numbers.
   constexpr std::size_t longest = std::size_t{255} * 65'519;
   if (profile.size() > longest) ERREXIT(&info_, JERR_BAD_LENGTH);
   jpeg_write_icc_profile(&info_, profile.data(), static_cast<unsigned>(profile.size()));

@@ -73,12 +73,12 @@ void setQuality(JxlEncoderFrameSettings* settings, const EncodingPlan::Mode& mod
   require(JxlEncoderSetFrameDistance(settings, static_cast<float>(frameDistance)));
 }
 
-/// With an effort that libjxl does not know, its default serves.
+/// libjxl keeps its default when it does not know the effort.
 void setEffort(JxlEncoderFrameSettings* settings, int effort) {
   JxlEncoderFrameSettingsSetOption(settings, JXL_ENC_FRAME_SETTING_EFFORT, effort);
 }
 
-/// R, G, B, A to R, G, B.
+/// Packs R, G, B, A pixels as R, G, B.
 Bytes stripAlpha(ByteView rgba) {
   Bytes rgb(rgba.size() / 4 * 3);
   auto out = rgb.begin();
@@ -102,7 +102,7 @@ void addFrame(JxlEncoderFrameSettings* settings, ByteView samples, std::uint32_t
   require(JxlEncoderAddImageFrame(settings, &format, samples.data(), samples.size()));
 }
 
-/// All the output of an encoder whose input is closed.
+/// Returns all the output of an encoder whose input is closed.
 Bytes drainOutput(JxlEncoder* encoder) {
   Bytes scratch(scratchBytes);
   Bytes result;
@@ -136,7 +136,7 @@ void requireTranscodable(ByteView jpeg) {
     jpeg_mem_src(&header, jpeg.data(), static_cast<unsigned long>(jpeg.size()));
     jpeg_read_header(&header, TRUE);
   });
-  // JPEG XL can subsample only YCbCr. Of others libjxl 0.7 writes what nobody can read.
+  // JPEG XL can subsample YCbCr only. From other JPEGs libjxl 0.7 makes unreadable files.
   require(header.jpeg_color_space != JCS_RGB || !isSubsampled(header));
   requireMemory(header.image_width, header.image_height);
 }
@@ -155,13 +155,13 @@ Bytes repacked(ByteView jpeg, int effort) {
   return drainOutput(encoder.get());
 }
 
-/// Throws unless every byte of `jpeg` comes back out of `jxl`. libjxl 0.7 takes some files that it
-/// cannot rebuild, as those with two ICC segments of the same number.
+/// Throws unless libjxl rebuilds every byte of `jpeg` from `jxl`. libjxl 0.7 accepts JPEGs that it
+/// cannot rebuild, such as one with two ICC segments of the same number.
 void requireRebuilding(ByteView jpeg, ByteView jxl) {
   const JxlDecoderPtr decoder =
       JXLLibrary::makeDecoder(jxl, JXL_DEC_JPEG_RECONSTRUCTION | JXL_DEC_FULL_IMAGE);
   JXLLibrary::advance(decoder.get(), JXL_DEC_JPEG_RECONSTRUCTION);
-  Bytes rebuilt(jpeg.size());  // libjxl 0.7 starts over in a smaller buffer
+  Bytes rebuilt(jpeg.size());  // libjxl 0.7 cannot write the file in smaller parts
   JxlDecoderSetJPEGBuffer(decoder.get(), rebuilt.data(), rebuilt.size());
   JXLLibrary::advance(decoder.get(), JXL_DEC_FULL_IMAGE);
   require(JxlDecoderReleaseJPEGBuffer(decoder.get()) == 0 && std::ranges::equal(rebuilt, jpeg));
@@ -177,7 +177,7 @@ Bytes transcoded(ByteView jpeg, int effort) {
 
 double distance(double quality) {
   if (quality < 0) return 25;
-  // The pieces meet at 30, at 6.4.
+  // Both pieces give 6.4 at quality 30.
   if (quality < 30) return 53.0 / 3000 * quality * quality - 1.15 * quality + 25;
   if (quality < 99) return 0.09 * (100 - quality) + 0.1;
   return 0.19;

@@ -18,8 +18,9 @@ constexpr int effort(EncodingPlan::Effort tier) { return 5 + ordinal(tier); }
 /// Throws ImageProcessingError::encodingFailed, std::bad_alloc.
 Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan);
 
-/// The same JPEG in a JPEG XL container (ISO/IEC 18181-2), with what is needed to rebuild the file
-/// bit for bit, which has been tried; nothing when libjxl cannot. `effort` is libjxl's.
+/// The JPEG in a JPEG XL container (ISO/IEC 18181-2) from which libjxl rebuilds the file bit for
+/// bit. Rebuilding has been tried; a JPEG that libjxl cannot transcode or rebuild gives nothing.
+/// `effort` is libjxl's.
 std::optional<Bytes> transcodeJPEG(ByteView jpeg, int effort);
 
 }  // namespace orvane::JXLEncoder

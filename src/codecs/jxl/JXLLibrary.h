@@ -5,14 +5,14 @@
 
 #include "platform/foundation/Bytes.h"
 
-/// What reading and writing JPEG XL both ask of libjxl.
+/// Calls of libjxl that both the reader and the encoder make.
 namespace orvane::JXLLibrary {
 
 /// A decoder that holds the whole of `file`, which must outlive it, and will report `events`.
 /// Throws UnreadableImage, std::bad_alloc.
 JxlDecoderPtr makeDecoder(ByteView file, int events);
 
-/// Decodes up to `event`, which must be the next to come. Throws UnreadableImage.
+/// Decodes until libjxl reports an event. Throws UnreadableImage unless it is `event`.
 void advance(JxlDecoder* decoder, JxlDecoderStatus event);
 
 }  // namespace orvane::JXLLibrary

@@ -33,9 +33,9 @@ int depthOf(const JxlBasicInfo& info) {
   return info.bits_per_sample > 8 || info.exponent_bits_per_sample > 0 ? 16 : 8;
 }
 
-/// libjxl 0.7 ends the process when an allocation fails. Per pixel up to 25 bytes were measured for
-/// upright opaque 8-bit pictures and up to 61 for others, which libjxl holds whole as floats, and
-/// 11 MiB for the smallest.
+/// libjxl 0.7 ends the process when an allocation fails. It took up to 25 bytes per pixel for
+/// upright opaque 8-bit pictures, up to 61 for others, which it holds whole as floats, and 11 MiB
+/// for the smallest picture.
 void requireMemory(const JxlBasicInfo& info) {
   const bool isPlain =
       info.num_extra_channels == 0 && depthOf(info) == 8 && info.orientation == JXL_ORIENT_IDENTITY;

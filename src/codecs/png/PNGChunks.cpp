@@ -11,7 +11,7 @@
 namespace orvane {
 namespace {
 
-/// PNG clause 5.6: what tells of colour and of frames stands before the image data, eXIf anywhere.
+/// PNG clause 5.6: chunks about colour and frames precede the image data; eXIf stands anywhere.
 enum class Place { anywhere, beforeImageData };
 
 struct Slot {
@@ -30,7 +30,7 @@ constexpr std::array slots{
     Slot{"eXIf", &PNGChunks::exchangeableImageMetadata, Place::anywhere},
 };
 
-/// PNG clause 5.5: over the type and the payload.
+/// The CRC covers the type and the payload (PNG clause 5.5).
 bool isIntact(ByteView checked, ByteView crc) {
   return crc32_z(crc32(0, nullptr, 0), checked.data(), checked.size()) == readPNGInteger(crc);
 }

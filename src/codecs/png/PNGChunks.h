@@ -9,9 +9,8 @@ namespace orvane {
 /// Whether the file begins as PNG files do (PNG clause 5.2).
 bool hasPNGSignature(ByteView file);
 
-/// The payloads, in the file's own bytes, of the ancillary chunks that say how to show a PNG. One
-/// that is missing, damaged (its CRC) or out of place is absent; of several of a kind the first
-/// counts.
+/// The payloads of the ancillary chunks that say how to show a PNG. They lie in the file's bytes. A
+/// chunk that is missing, out of place or has a wrong CRC is absent. The first of a kind counts.
 struct PNGChunks {
   std::optional<ByteView> animationControl;           ///< acTL
   std::optional<ByteView> codePoints;                 ///< cICP
@@ -22,7 +21,7 @@ struct PNGChunks {
   std::optional<ByteView> exchangeableImageMetadata;  ///< eXIf
 
   /// Reads a file that begins with the signature. Throws UnreadableImage unless chunks follow it
-  /// without a gap up to IEND; what comes after that does not matter.
+  /// without a gap up to IEND. Bytes after IEND are ignored.
   static PNGChunks read(ByteView file);
 };
 

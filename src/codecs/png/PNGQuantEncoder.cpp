@@ -23,8 +23,8 @@ void require(bool succeeded) {
   if (!succeeded) throw ImageProcessingError::encodingFailed(ImageFormat::png);
 }
 
-/// libimagequant 2.17 crashes when an allocation fails. Per pixel 69 bytes were measured for noise,
-/// fewer from 2 megapixels on, where it keeps fewer colours apart.
+/// libimagequant 2.17 crashes when an allocation fails. It took 69 bytes per pixel for noise, and
+/// fewer above 2 megapixels, where it merges more colours.
 void requireMemory(std::size_t pixels) {
   constexpr std::size_t mebibyte = std::size_t{1} << 20;
   Memory::require(mebibyte + std::min(pixels * 72, 128 * mebibyte + pixels * 16));
@@ -49,7 +49,7 @@ std::vector<PNGWriter::PaletteEntry> paletteOf(liq_result* result) {
   return entries;
 }
 
-/// The rows of a buffer as a truecolour file holds them: as they are, or without the alpha bytes.
+/// The rows of a buffer for a truecolour file: without the alpha bytes unless it has alpha.
 class TruecolorRows {
  public:
   explicit TruecolorRows(const RGBABuffer& rgba)
@@ -62,10 +62,10 @@ class TruecolorRows {
   /// Bytes of a row.
   std::size_t size() const { return rgba_.width * channels_; }
 
-  /// What lies above the first row.
+  /// The row above the first one.
   const std::uint8_t* zeros() const { return noRow_.data(); }
 
-  /// Row `y`; valid until the row after the next one is asked for.
+  /// Row `y`. The next call leaves it valid, the call after that does not.
   const std::uint8_t* row(std::size_t y) {
     const std::uint8_t* pixels = rgba_.pixels.data() + y * rgba_.width * 4;
     if (rgba_.hasAlpha) return pixels;
@@ -83,7 +83,7 @@ class TruecolorRows {
   std::array<Bytes, 2> packed_;
 };
 
-/// One row after the other through the filter that suits it.
+/// Filters rows, each with its own filter type.
 class RowFilter {
  public:
   RowFilter(EncodingPlan::Effort effort, std::size_t count, std::size_t bpp)
@@ -105,7 +105,7 @@ class RowFilter {
     return PNGWriter::Filter::paeth;
   }
 
-  /// The cheapest filter, the first of equals; its output is in `best_`.
+  /// Returns the filter of least cost, the first of equals, and leaves its output in `best_`.
   PNGWriter::Filter search(const std::uint8_t* row, const std::uint8_t* previous) {
     auto bestFilter = PNGWriter::Filter::none;
     auto bestCost = std::numeric_limits<std::int64_t>::max();
@@ -149,7 +149,7 @@ QuantizedImage quantize(liq_attr* attr, ByteView pixels, std::size_t width, std:
   precondition(pixels.size() == width * height * 4);
   require(!pixels.empty());
   requireMemory(width * height);
-  omp_set_num_threads(1);  // of this thread; the batch has a thread per processor already
+  omp_set_num_threads(1);  // for this thread: the batch already has one thread per processor
 
   const LiqImage image(liq_image_create_rgba(attr, pixels.data(), columns, rows, 0));
   require(image != nullptr);

@@ -14,7 +14,7 @@ namespace orvane {
 /// Owner of libimagequant's settings.
 using LiqAttr = Handle<liq_attr, liq_attr_destroy>;
 
-/// PNG files of a palette picture's pixels, and of a truecolour one.
+/// Quantises pixels to a palette, and writes truecolour PNG files.
 namespace PNGQuantEncoder {
 
 struct QuantizedImage {
@@ -22,14 +22,14 @@ struct QuantizedImage {
   std::vector<PNGWriter::PaletteEntry> palette;
 };
 
-/// Reduces straight RGBA pixels, width × height × 4 bytes, to a palette with `attr` as the caller
-/// has set it up. One thread, whatever libimagequant was built with. `dithering` 0…1. Throws
-/// ImageProcessingError::encodingFailed, std::bad_alloc.
+/// Reduces straight RGBA pixels, width × height × 4 bytes, to a palette with the caller's settings
+/// `attr`. `dithering` is 0…1. Works on the calling thread alone, also when libimagequant was built
+/// with OpenMP. Throws ImageProcessingError::encodingFailed, std::bad_alloc.
 QuantizedImage quantize(liq_attr* attr, ByteView pixels, std::size_t width, std::size_t height,
                         float dithering);
 
-/// A truecolour file, with alpha where the buffer has it; the plan's effort decides how row filters
-/// are chosen. Throws ZlibError.
+/// A truecolour file, with an alpha channel if the buffer has alpha. The plan's effort decides how
+/// row filters are chosen. Throws ZlibError.
 Bytes encodeLossless(const RGBABuffer& rgba, const EncodingPlan& plan);
 
 }  // namespace PNGQuantEncoder

@@ -26,8 +26,8 @@ struct InfoStructDeleter {
 };
 using InfoStruct = std::unique_ptr<png_info, InfoStructDeleter>;
 
-/// One picture's way through libpng, which is left to read the pixels and what they depend on:
-/// IHDR, PLTE, tRNS, IDAT and IEND.
+/// Decodes one picture with libpng, which reads only the chunks that pixels depend on: IHDR, PLTE,
+/// tRNS, IDAT and IEND.
 class PNGDecoder {
  public:
   explicit PNGDecoder(ByteView file)
@@ -39,15 +39,15 @@ class PNGDecoder {
   PNGDecoder(const PNGDecoder&) = delete;
   PNGDecoder& operator=(const PNGDecoder&) = delete;
 
-  /// Size, depth and layout of the picture; neither pixels nor colour space yet.
+  /// Returns the picture's size, depth and layout, without pixels and colour space.
   Image readHeader();
 
-  /// Writes the rows of the header's picture, packed.
+  /// Decodes the packed rows of `image`, which readHeader() has returned.
   void readPixels(const Image& image, std::uint8_t* pixels);
 
  private:
-  /// Makes calls to libpng, which leaves them by a jump at its first error: they must neither own
-  /// anything nor change what is used afterwards.
+  /// Makes calls to libpng, which leaves them by a long jump at its first error. The calls must not
+  /// create objects with destructors, nor change variables that are used afterwards.
   template <typename Calls>
   void run(const Calls& calls) {
     if (setjmp(png_jmpbuf(png_.get())) != 0) throw UnreadableImage(message_.data());
@@ -86,12 +86,12 @@ Image PNGDecoder::readHeader() {
   });
   const int colorType = png_get_color_type(png_.get(), info_.get());
   const bool isGray = (colorType & PNG_COLOR_MASK_COLOR) == 0;
-  // Not by png_get_valid: a tRNS chunk that libpng has cancelled stays valid there.
+  // png_get_valid would also report a tRNS chunk that libpng has discarded.
   int transparentCount = 0;
   png_get_tRNS(png_.get(), info_.get(), nullptr, &transparentCount, nullptr);
   const bool hasAlpha = (colorType & PNG_COLOR_MASK_ALPHA) != 0 || transparentCount > 0;
   const bool isDeep = png_get_bit_depth(png_.get(), info_.get()) == 16;
-  // Opaque 8-bit colours get a filler, so that the picture need not be copied to be rendered.
+  // Opaque 8-bit colours get a filler byte: rendering then needs no copy of the picture.
   const ChannelLayout color = hasAlpha || !isDeep ? ChannelLayout::rgba : ChannelLayout::rgb;
   const ChannelLayout gray = hasAlpha ? ChannelLayout::grayAlpha : ChannelLayout::gray;
   return {.width = png_get_image_width(png_.get(), info_.get()),
@@ -122,7 +122,7 @@ void PNGDecoder::readPixels(const Image& image, std::uint8_t* pixels) {
   });
 }
 
-/// PNG clause 11.3.6.1: acTL holds the number of frames, 1 to 2³¹ − 1, and of plays.
+/// acTL holds the number of frames, 1 to 2³¹ − 1, and the number of plays (PNG clause 11.3.6.1).
 std::size_t frameCountIn(const std::optional<ByteView>& acTL) {
   const std::uint32_t count = acTL && acTL->size() == 8 ? readPNGInteger(*acTL) : 1;
   return count >= 1 && count <= std::numeric_limits<std::int32_t>::max() ? count : 1;

@@ -40,7 +40,7 @@ Bytes alphasOf(std::span<const PaletteEntry> palette) {
   return alphas;
 }
 
-/// PNG clause 9.4, where p - a = b - c, p - b = a - c and p - c = (b - c) + (a - c).
+/// The predictor of PNG clause 9.4, with p - a = b - c, p - b = a - c, p - c = (b - c) + (a - c).
 struct Paeth {
   std::uint8_t operator()(std::int16_t a, std::int16_t b, std::int16_t c) const {
     const auto fromA = static_cast<std::int16_t>(b - c);
@@ -53,8 +53,7 @@ struct Paeth {
   }
 };
 
-// The loops of filtering are plain, with neither branches nor aliases, so that the compiler makes
-// vector instructions of them.
+// The filter loops have neither branches nor aliases, so that the compiler vectorises them.
 
 template <typename Predictor>
 void filterRow(Predictor predict, const std::uint8_t* __restrict row,
@@ -74,7 +73,7 @@ std::uint8_t magnitude(std::uint8_t byte) {
   return std::min(byte, static_cast<std::uint8_t>(-byte));
 }
 
-/// Summed in blocks that 16 bits are enough for (256 × 128), so that a vector holds many sums.
+/// Sums blocks of 256 bytes in 16 bits (256 × 128 fits), so that a vector holds many sums.
 std::int64_t costOf(const std::uint8_t* filtered, std::size_t count) {
   constexpr std::size_t blockSize = 256;
   std::int64_t cost = 0;

@@ -12,7 +12,7 @@
 
 namespace orvane {
 
-/// zlib would not compress. To the user a PNG file could not be encoded.
+/// zlib does not compress. The user reads that the PNG file could not be encoded.
 class ZlibError : public LocalizedError {
  public:
   enum class Case { compressionFailed };
@@ -34,7 +34,7 @@ struct PaletteEntry {
   bool operator==(const PaletteEntry&) const = default;
 };
 
-/// PNG clause 9.2.
+/// Row filter types (PNG clause 9.2).
 enum class Filter : std::uint8_t { none, sub, up, average, paeth };
 
 inline constexpr std::array allFilters{Filter::none, Filter::sub, Filter::up, Filter::average,
@@ -48,27 +48,27 @@ using orvane::pngSignature;
 Bytes writeIndexedPNG(std::size_t width, std::size_t height, ByteView indices,
                       std::span<const PaletteEntry> palette, std::optional<ByteView> iccProfile);
 
-/// Filters one row of `count` bytes, `bpp` bytes per pixel, into `into`; `previous` is the raw row
-/// above, all zero for the first. Returns the sum of the magnitudes of the filtered bytes, read as
-/// signed.
+/// Filters one row of `count` bytes, `bpp` bytes per pixel, into `into`. `previous` is the raw row
+/// above, all zeros for the first row. Returns the sum of the magnitudes of the filtered bytes,
+/// read as signed.
 std::int64_t apply(Filter filter, const std::uint8_t* row, const std::uint8_t* previous,
                    std::size_t count, std::size_t bpp, std::uint8_t* into);
 
 /// One zlib stream: level 9 up to 2 MiB of input, level 6 beyond. Throws ZlibError.
 Bytes zlibCompress(ByteView bytes);
 
-/// Length, type, payload and CRC (PNG clause 5.3).
+/// Appends length, type, payload and CRC (PNG clause 5.3).
 void appendPNGChunk(Bytes& file, std::string_view type, ByteView payload);
 
-/// An iCCP chunk (PNG clause 11.3.2.3), or nothing for an absent or empty profile.
+/// Appends an iCCP chunk (PNG clause 11.3.2.3) unless the profile is absent or empty.
 /// Throws ZlibError.
 void appendICCProfileIfPresent(Bytes& file, std::optional<ByteView> iccProfile);
 
-/// Signature and IHDR (PNG clause 11.2.1) of a depth-8, non-interlaced file.
+/// Returns signature and IHDR (PNG clause 11.2.1) of a depth-8, non-interlaced file.
 Bytes beginPNG(std::size_t width, std::size_t height, std::uint8_t colorType);
 
-/// One IDAT with all rows, each after its filter byte, and IEND. Throws ZlibError, also for more
-/// than one chunk can hold.
+/// Appends one IDAT with all rows, each after its filter byte, and IEND. Throws ZlibError, also
+/// when the compressed rows are longer than a chunk can hold.
 void finishPNG(Bytes& file, ByteView filteredRows);
 
 }  // namespace PNGWriter

@@ -11,7 +11,7 @@
 namespace orvane::PalettePNG {
 namespace {
 
-/// libimagequant's scale, 1 (slow)…10.
+/// libimagequant's speed, 1 (slow)…10 (fast).
 int quantizationSpeed(EncodingPlan::Effort effort) {
   switch (effort) {
     case EncodingPlan::Effort::fast:

@@ -5,8 +5,8 @@
 
 namespace orvane::PalettePNG {
 
-/// An indexed PNG at the plan's quality, effort and dithering; a lossless truecolour one when the
-/// palette cannot be had. Throws ZlibError.
+/// An indexed PNG at the plan's quality, effort and dithering, or a lossless truecolour PNG when
+/// quantising or writing the indexed one fails. Throws ZlibError.
 Bytes encode(const RGBABuffer& buffer, const EncodingPlan& plan);
 
 }  // namespace orvane::PalettePNG

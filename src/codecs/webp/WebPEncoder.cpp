@@ -38,7 +38,7 @@ WebPPreset presetFor(const ImageCharacteristics& characteristics) {
   return WEBP_PRESET_DEFAULT;
 }
 
-/// Sets what the mode asks for; the rest stays as the preset has it.
+/// Sets the fields that depend on the mode. The others keep the preset's values.
 struct ModeSetter {
   WebPConfig& config;
   int effort;  ///< 0…2
@@ -47,8 +47,8 @@ struct ModeSetter {
   void operator()(const EncodingPlan::Lossy& mode) const {
     config.lossless = 0;
     config.quality = static_cast<float>(std::clamp(mode.quality, 0.0, 100.0));
-    // The method is also the effort spent on the alpha plane, which is coded without loss: beyond 4
-    // that takes much time for few bytes.
+    // The method is also the effort spent on the lossless alpha plane. Above 4 it takes much time
+    // and saves few bytes.
     config.method = hasAlpha ? 4 : effort + 4;
     config.alpha_quality = 100;
   }
@@ -84,7 +84,7 @@ WebPConfig configuration(const EncodingPlan& plan, bool hasAlpha,
 }
 
 Bytes encodePicture(const RGBABuffer& rgba, const WebPConfig& config) {
-  // Before the import takes its memory.
+  // Checked before the import takes its memory.
   require(rgba.width <= WEBP_MAX_DIMENSION && rgba.height <= WEBP_MAX_DIMENSION);
   WebPPicture picture{};
   require(WebPPictureInit(&picture));

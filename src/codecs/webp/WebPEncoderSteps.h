@@ -8,7 +8,7 @@
 #include "picture/ImageCharacteristics.h"
 #include "picture/RGBABuffer.h"
 
-/// What WebPEncoder is made of, step by step: for it and its tests.
+/// The steps of WebPEncoder::encode, declared for its tests.
 namespace orvane::WebPEncoder {
 
 /// libwebp's settings for a plan. `hasAlpha` is the buffer's; the preset follows the
@@ -19,7 +19,7 @@ WebPConfig configuration(const EncodingPlan& plan, bool hasAlpha,
 /// A file without profile. Throws ImageProcessingError::encodingFailed.
 Bytes encodePicture(const RGBABuffer& rgba, const WebPConfig& config);
 
-/// The file `to` with an ICCP chunk; nothing when it cannot take one.
+/// The file `to` with an ICCP chunk, or nothing when libwebpmux cannot add one.
 std::optional<Bytes> attach(ByteView icc, ByteView to);
 
 }  // namespace orvane::WebPEncoder

@@ -47,8 +47,8 @@ void decode(const WebPData& frame, std::uint8_t* pixels, std::size_t bytesPerRow
   if (WebPDecode(frame.bytes, frame.size, &config) != VP8_STATUS_OK) {
     throw UnreadableImage("WebP data is damaged or incomplete");
   }
-  // A lossless frame codes an alpha also where its header says that it is not used, and libwebp
-  // hands it out.
+  // libwebp decodes the alpha of a lossless frame even if the frame's header says that it is not
+  // used.
   constexpr int lossless = 2;
   if (config.input.format == lossless && !config.input.has_alpha) {
     makeOpaque(config.input, pixels, bytesPerRow);
@@ -64,7 +64,7 @@ class WebPSource final : public ImageSource {
     setOrientation(Exif::orientation(chunk("EXIF")));
   }
 
-  /// The first frame where it lies on the canvas, whose rest is transparent.
+  /// The first frame at its place on the canvas. The rest of the canvas is transparent.
   Image image() override {
     Image canvas{.width = width(),
                  .height = height(),
@@ -96,7 +96,7 @@ class WebPSource final : public ImageSource {
     WebPChunkIterator found{};
     if (!WebPDemuxGetChunk(demuxer_.get(), fourCC, 1, &found)) return {};
     const ChunkContent content(&found);
-    return {found.chunk.bytes, found.chunk.size};  // lies in the file
+    return {found.chunk.bytes, found.chunk.size};  // points into the file
   }
 
   ColorSpacePtr colorSpace() const {
@@ -109,7 +109,7 @@ class WebPSource final : public ImageSource {
   Demuxer demuxer_;
 };
 
-/// RFC 9649 clause 2.4: "RIFF", the size, "WEBP".
+/// The file begins with "RIFF", its size and "WEBP" (RFC 9649 clause 2.4).
 bool recognises(ByteView file) {
   const auto standsAt = [&](std::size_t offset, std::string_view code) {
     return std::ranges::equal(file.subspan(offset, code.size()), code);

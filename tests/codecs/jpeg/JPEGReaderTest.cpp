@@ -23,7 +23,7 @@ int orientationOf(const std::vector<test::JPEGSegment>& segments) {
   return ImageSource::create(file)->orientation();
 }
 
-/// libjpeg's or the reader's own words for what is wrong; empty when nothing is.
+/// The text of the error that reading a file throws, or nothing.
 std::string refusal(ByteView file) {
   try {
     decode(file);
@@ -53,7 +53,7 @@ Image inkImage(std::size_t width, std::size_t height) {
                          });
 }
 
-/// Where an entropy-coded bit costs something: a picture that is not flat.
+/// A picture with detail, whose entropy-coded data is long.
 Bytes photograph(JPEGRecipe recipe = {}) {
   recipe.quality = 85;
   return test::buildJPEG(test::noisyImage(120, 90), recipe);
@@ -62,10 +62,10 @@ Bytes photograph(JPEGRecipe recipe = {}) {
 constexpr int startOfFrame = 0xC0;
 constexpr int startOfScan = 0xDA;
 
-/// Without its EOI marker.
+/// The file without its EOI marker.
 Bytes endless(ByteView file) { return Bytes(file.begin(), file.end() - 2); }
 
-/// With one.
+/// The file with an EOI marker at its end.
 Bytes ended(ByteView file) { return test::inserted(file, file.size(), Bytes{0xFF, 0xD9}); }
 
 const std::vector<jpeg_scan_info> oneComponentAScan{

@@ -22,7 +22,7 @@ Bytes encode(const Image& image, double quality) {
 
 Image decode(ByteView file) { return ImageSource::create(file)->image(); }
 
-/// What plain libjpeg finds in a file's header.
+/// A file's header as libjpeg reads it.
 struct Header {
   int components = 0;
   int horizontalSampling = 0;

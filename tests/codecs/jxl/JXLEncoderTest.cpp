@@ -30,7 +30,7 @@ Image decode(ByteView file) { return ImageSource::create(file)->image(); }
 
 bool startsBare(ByteView file) { return file.size() > 2 && file[0] == 0xFF && file[1] == 0x0A; }
 
-/// The same four channels of every pixel.
+/// Expects the same four channels in every pixel.
 void expectSamePixels(const Image& image, const RGBABuffer& rgba) {
   ASSERT_EQ(image.layout, ChannelLayout::rgba);
   ASSERT_EQ(image.width, rgba.width);
@@ -320,7 +320,7 @@ TEST(JXLEncoder, transcodesWithTheGivenEffort) {
     ASSERT_TRUE(file);
     EXPECT_EQ(*file, test::buildJXLFromJPEG(jpeg, effort)) << effort;
   }
-  // libjxl 0.7 does the same for 6 and 7.
+  // Efforts 6 and 7 give the same bytes with libjxl 0.7.
   EXPECT_NE(test::buildJXLFromJPEG(jpeg, 5), test::buildJXLFromJPEG(jpeg, 6));
 }
 
@@ -354,7 +354,7 @@ TEST(JXLEncoder, transcodesNothingThatCannotBeRebuilt) {
   const auto once = test::profileSegments(test::displayP3Profile(), 65'000);
   ASSERT_EQ(once.size(), 1u);
   EXPECT_TRUE(JXLEncoder::transcodeJPEG(makeJPEG({.segments = once}), 7));
-  // libjxl 0.7 takes both, and misses the second when it rebuilds.
+  // libjxl 0.7 accepts the same segment twice, and fails to rebuild the JPEG.
   EXPECT_FALSE(JXLEncoder::transcodeJPEG(makeJPEG({.segments = {once[0], once[0]}}), 7));
 }
 

@@ -43,7 +43,7 @@ double visibleDifference(const Image& left, const Image& right, const ColorSpace
   return test::meanDifference(rendered(left, space, 8), rendered(right, space, 8));
 }
 
-// What counts as a JPEG XL file
+// Recognition
 
 TEST(JXLReader, readsBareCodestreamsAndContainers) {
   const Image drawn = test::gradientImage(13, 7);

@@ -197,7 +197,7 @@ Bytes profileIn(const Bytes& file) {
   return profile;
 }
 
-/// What WebPGetFeatures calls the two codings.
+/// The numbers that WebPGetFeatures has for the two codings.
 constexpr int lossyFormat = 1, losslessFormat = 2;
 
 double meanDifference(ByteView left, ByteView right) {
