@@ -42,7 +42,7 @@ Box takeBox(Cursor& cursor);
 /// The content of the first box of that type in a row of boxes; empty when there is none.
 ByteView findBox(ByteView boxes, std::string_view type);
 
-/// What a full box begins with.
+/// The first field of a full box.
 struct FullBoxHeader {
   int version;
   std::uint32_t flags;

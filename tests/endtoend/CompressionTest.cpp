@@ -62,7 +62,7 @@ struct CompressionEndToEnd : testing::Test {
     return ImageDecoder::decodeImageSource(readFile(tool.folder / name)).format;
   }
 
-  /// What the report for machines says of `input`, compressed to `output`.
+  /// The record of `input`, compressed to `output`, in the report for machines.
   std::string jsonRecord(const std::string& input, const std::string& output) const {
     const double ratio = 1 - static_cast<double>(size(output)) / static_cast<double>(size(input));
     return "  {\n    \"compressedSizeBytes\" : " + std::to_string(size(output)) +

@@ -114,7 +114,7 @@ const Exception* exceptionFor(const Row& row) {
   return found != std::end(exceptions) && found->applies ? found : nullptr;
 }
 
-/// What is wrong with the way the file ended; empty when nothing is.
+/// The fault in the way the file ended; empty when there is none.
 std::string complaint(const Row& row, const std::optional<std::string>& size) {
   const std::string ended = size ? "ended at " + *size : "refused";
   if (const Exception* exception = exceptionFor(row)) {

@@ -1,4 +1,4 @@
-// What other programs, and users of a kind, may meet in the profile file.
+// The profile file as other programs, and users of several kinds, leave and find it.
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-// What the program says when it is asked for help, or not used as it is meant to be.
+// The help, and the messages of usage errors.
 
 #include "cli/Usage.h"
 

@@ -101,7 +101,7 @@ std::map<std::string, std::string> neutralEnvironment() {
                             name == "LANGUAGE" || name.starts_with("LC_");
     if (!isPersonal) variables[name] = text.substr(name.size() + 1);
   }
-  // What a sanitizer finds must not look like a file that failed, whose status is 1 as well.
+  // A finding of a sanitizer must not look like a file that failed, whose status is 1 as well.
   for (const char* name : {"ASAN_OPTIONS", "UBSAN_OPTIONS"}) variables[name] += ":exitcode=99";
   return variables;
 }

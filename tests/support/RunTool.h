@@ -21,7 +21,7 @@ struct ToolRun {
   std::size_t errorWrites = 0;  ///< calls of write(2) that `errors` came in
 };
 
-/// What the program's standard output is connected to.
+/// The other end of the program's standard output.
 enum class Output {
   captured,
   reluctant,  ///< captured by a pipe of one page that does not block its writer

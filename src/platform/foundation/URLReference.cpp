@@ -50,7 +50,8 @@ bool isIPv6Address(std::string_view text) {
   constexpr std::string_view zoneMark = "%25";
   const std::string_view address = text.substr(0, text.find(zoneMark));
   in6_addr ignored;
-  return inet_pton(AF_INET6, std::string(address).c_str(), &ignored) == 1 &&
+  return address.find('\0') == address.npos &&
+         inet_pton(AF_INET6, std::string(address).c_str(), &ignored) == 1 &&
          consistsOf(text.substr(address.size()), hostPunctuation);
 }
 

@@ -78,6 +78,26 @@ double logarithmic100(double value) { return value <= 0 ? 0 : std::pow(10, 2 * (
 
 double logarithmic316(double value) { return value <= 0 ? 0 : std::pow(10, 2.5 * (value - 1)); }
 
+/// ICC.1:2022 10.3: the type, four zeros, primaries, transfer, matrix (0, RGB) and range (1, full).
+/// Little CMS 2.14 puts four more bytes before the code points when it writes the tag, and expects
+/// them when it reads one.
+using CodePointsTag = std::array<std::uint8_t, 12>;
+
+CodePointsTag codePointsTag(CodePoints codePoints) {
+  return {'c',
+          'i',
+          'c',
+          'p',
+          0,
+          0,
+          0,
+          0,
+          static_cast<std::uint8_t>(codePoints.primaries),
+          static_cast<std::uint8_t>(codePoints.transfer),
+          0,
+          1};
+}
+
 }  // namespace
 
 ToneCurveHandle decodingCurve(std::uint16_t transfer) {
@@ -114,6 +134,17 @@ ToneCurveHandle decodingCurve(std::uint16_t transfer) {
   }
 }
 
+std::optional<CodePoints> taggedCodePoints(const ProfileHandle& profile) {
+  CodePointsTag tag{};
+  const cmsUInt32Number size = cmsReadRawTag(profile.get(), cmsSigcicpTag, nullptr, 0);
+  if (size != tag.size() ||
+      cmsReadRawTag(profile.get(), cmsSigcicpTag, tag.data(), size) != tag.size()) {
+    return std::nullopt;
+  }
+  const CodePoints codePoints{tag[8], tag[9]};
+  return tag == codePointsTag(codePoints) ? std::optional(codePoints) : std::nullopt;
+}
+
 ProfileHandle makeProfile(CodePoints codePoints) {
   const auto row = std::ranges::find(primariesTable, codePoints.primaries, &PrimariesRow::code);
   const ToneCurveHandle curve = decodingCurve(codePoints.transfer);
@@ -125,9 +156,8 @@ ProfileHandle makeProfile(CodePoints codePoints) {
                            std::to_string(codePoints.transfer);
   ICCProfile::describe(profile, name);
   // The cicp tag (ICC.1:2022 9.2.17) tells readers the whole range of PQ and HLG.
-  const cmsVideoSignalType signal{static_cast<cmsUInt8Number>(codePoints.primaries),
-                                  static_cast<cmsUInt8Number>(codePoints.transfer), 0, 1};
-  cmsWriteTag(profile.get(), cmsSigcicpTag, &signal);
+  const CodePointsTag tag = codePointsTag(codePoints);
+  cmsWriteRawTag(profile.get(), cmsSigcicpTag, tag.data(), tag.size());
   return profile;
 }
 

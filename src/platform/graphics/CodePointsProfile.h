@@ -1,9 +1,15 @@
 #pragma once
 
+#include <optional>
+
 #include "platform/graphics/CodePoints.h"
 #include "platform/graphics/ICCProfile.h"
 
 namespace orvane {
+
+/// The code points of a profile's cicp tag (ICC.1:2022 9.2.17) for full-range RGB; nothing without
+/// such a tag.
+std::optional<CodePoints> taggedCodePoints(const ProfileHandle& profile);
 
 /// The RGB profile that means the same as the code points. Null for numbers that no profile can
 /// express: unspecified and reserved ones, and XYZ primaries.

@@ -74,22 +74,11 @@ Comparison compare(const ProfileHandle& profile, ColorSpace::Model model,
   return Comparison::same;
 }
 
-/// The code points of a cicp tag (ICC.1:2022 9.2.17) for PQ or HLG. Curves alone cannot tell these:
-/// they end at the reference white.
-std::optional<CodePoints> taggedHighDynamicRange(const ProfileHandle& profile) {
-  const auto* tag =
-      static_cast<const cmsVideoSignalType*>(cmsReadTag(profile.get(), cmsSigcicpTag));
-  if (tag == nullptr || tag->MatrixCoefficients != 0 || tag->VideoFullRangeFlag != 1) {
-    return std::nullopt;
-  }
-  const CodePoints codePoints{tag->ColourPrimaries, tag->TransferCharacteristics};
-  if (!hasHighDynamicRange(codePoints) || !makeProfile(codePoints)) return std::nullopt;
-  return codePoints;
-}
-
 /// The code points whose equivalent profile gives the same colours as `profile`.
 std::optional<CodePoints> recognised(const ProfileHandle& profile) {
-  if (const auto tagged = taggedHighDynamicRange(profile)) return tagged;
+  // Curves alone cannot tell PQ and HLG: they end at the reference white.
+  const auto tagged = taggedCodePoints(profile);
+  if (tagged && hasHighDynamicRange(*tagged) && makeProfile(*tagged)) return tagged;
   // The curves of still pictures: sRGB's, then BT.709's, plain gammas and linear light.
   constexpr CodePoints candidates[]{{12, 13}, {9, 13}, {1, 1},  {12, 1}, {9, 1},   {1, 4},  {12, 4},
                                     {9, 4},   {1, 8},  {12, 8}, {9, 8},  {11, 13}, {11, 17}};

@@ -27,7 +27,7 @@ std::unique_ptr<ImageSource> open(ByteView file) {
 
 Image decode(ByteView file) { return open(file)->image(); }
 
-/// What a value of fewer bits is in 16: both ranges are full.
+/// A value of fewer bits in 16 bits; both ranges are full.
 double in16Bits(std::size_t coded, std::size_t top) {
   return static_cast<double>(coded) * 65535 / static_cast<double>(top);
 }

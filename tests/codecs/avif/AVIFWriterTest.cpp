@@ -23,7 +23,7 @@ Bytes encode(const Image& image, double quality = 0.75) {
 
 Image decode(ByteView file) { return avifReader.open(file)->image(); }
 
-/// What plain libavif finds in a file's header.
+/// A file's header as plain libavif reads it.
 AVIFLibrary::Decoder headerOf(const Bytes& file) {
   auto decoder = AVIFLibrary::makeDecoder();
   if (avifDecoderSetIOMemory(decoder.get(), file.data(), file.size()) != AVIF_RESULT_OK ||

@@ -373,7 +373,7 @@ TEST_F(HEICReader, refusesNearlyAllDamagedPictures) {
     } catch (const UnreadableImage&) {
     }
   }
-  // What is left decodes to other pixels of a whole picture: no decoder can tell.
+  // The rest decodes to other pixels of a whole picture: no decoder can tell.
   EXPECT_LT(accepted, 8);
 }
 

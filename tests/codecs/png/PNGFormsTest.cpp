@@ -108,7 +108,7 @@ class PNGForm : public testing::TestWithParam<Form> {
     return std::equal(key.begin(), key.begin() + (isGray() ? 1 : 3), stored.begin()) ? 0 : opaque;
   }
 
-  /// What the decoded picture must hold at one place, alpha or filler last.
+  /// The pixel that the decoded picture must hold at one place, alpha or filler last.
   std::vector<std::uint16_t> expectedAt(std::size_t x, std::size_t y) const {
     const Pixel stored = recipe_.pixelAt(x, y);
     std::vector<std::uint16_t> channels;

@@ -95,7 +95,7 @@ TEST_F(ByteCountFormatterTest, keepsTheSignOfNegativeCounts) {
   EXPECT_EQ(text("fr", std::numeric_limits<std::int64_t>::min()), "-9,22 Eo");
 }
 
-/// What the formatter of a new process says with `value` as the only language setting.
+/// The text of the formatter in a new process with `value` as the only language setting.
 [[noreturn]] void sayMegabytes(const char* value) {
   for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANGUAGE"}) unsetenv(name);
   if (value == nullptr) {

@@ -41,6 +41,10 @@ TEST(URLReference, mayNameItsHostByAnIPv6AddressInBrackets) {
   expectParts("http://[fe80::1%25eth0]/x", "http", "[fe80::1%25eth0]", "/x");
 }
 
+TEST(URLReference, isNothingWithANULInItsHost) {
+  EXPECT_FALSE(URLReference::parse(std::string_view("http://[::1\0zz]/", 16)));
+}
+
 TEST(URLReference, isNothingWhereTheGrammarIsBroken) {
   for (const char* text : {"",
                            "not a URL",

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <string_view>
+
 #include "platform/graphics/CodePointsProfile.h"
 #include "support/TestProfiles.h"
 
@@ -93,17 +97,38 @@ TEST(ColorSpace, readsHighDynamicRangeOffTheProfileOfItsOwnMaking) {
   }
 }
 
+/// A cicp tag (ICC.1:2022 10.3), byte by byte.
+using Tag = std::array<std::uint8_t, 12>;
+constexpr Tag tagOf(std::uint8_t primaries, std::uint8_t transfer, std::uint8_t matrix,
+                    std::uint8_t range) {
+  return {'c', 'i', 'c', 'p', 0, 0, 0, 0, primaries, transfer, matrix, range};
+}
+
+TEST(ColorSpace, tagsTheProfilesOfCodePoints) {
+  const auto profile = ColorSpace::fromCodePoints({9, 16}, Model::rgb)->iccData();
+  const Tag tag = tagOf(9, 16, 0, 1);
+  // The signature stands in the tag table, and again where the tag begins.
+  const auto inTable = std::ranges::search(profile, std::string_view("cicp")).begin();
+  ASSERT_NE(inTable, profile.end());
+  const auto entry = profile.subspan(static_cast<std::size_t>(inTable - profile.begin()), 12);
+  const auto number = [&](std::size_t at) {
+    return std::size_t{entry[at]} << 24 | std::size_t{entry[at + 1]} << 16 |
+           std::size_t{entry[at + 2]} << 8 | entry[at + 3];
+  };
+  EXPECT_EQ(number(8), tag.size());
+  EXPECT_TRUE(std::ranges::equal(profile.subspan(number(4), tag.size()), tag));
+}
+
 TEST(ColorSpace, believesNoTagOfOtherCurvesMatricesRangesOrPrimaries) {
-  const auto codePointsTagged = [](const cmsVideoSignalType& tag) {
+  const auto codePointsTagged = [](const Tag& tag) {
     const Bytes adobe = test::adobeRGBProfile();
     const ProfileHandle profile = ICCProfile::open(adobe);
-    cmsWriteTag(profile.get(), cmsSigcicpTag, &tag);
+    cmsWriteRawTag(profile.get(), cmsSigcicpTag, tag.data(), tag.size());
     return ColorSpace::fromICC(ICCProfile::serialized(profile), Model::rgb)->codePoints();
   };
-  EXPECT_EQ(codePointsTagged({9, 16, 0, 1}), (CodePoints{9, 16}));
-  for (const cmsVideoSignalType& tag :
-       {cmsVideoSignalType{9, 13, 0, 1}, cmsVideoSignalType{9, 16, 9, 1},
-        cmsVideoSignalType{9, 16, 0, 0}, cmsVideoSignalType{2, 16, 0, 1}}) {
+  EXPECT_EQ(codePointsTagged(tagOf(9, 16, 0, 1)), (CodePoints{9, 16}));
+  for (const Tag& tag :
+       {tagOf(9, 13, 0, 1), tagOf(9, 16, 9, 1), tagOf(9, 16, 0, 0), tagOf(2, 16, 0, 1)}) {
     EXPECT_EQ(codePointsTagged(tag), std::nullopt);
   }
 }
