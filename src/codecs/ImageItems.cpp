@@ -179,7 +179,8 @@ ImageItems::ImageItems(ByteView file) : file_(file) {
   iref_ = findBox(meta.rest(), "iref");
   iprp_ = findBox(meta.rest(), "iprp");
   primary_ = shown_ = primaryIdentifier(pitm_);
-  while (derivations_.size() < ItemReferences::maximumLevels && itemType(iinf_, shown_) == "iden") {
+  while (shown_ != 0 && derivations_.size() < ItemReferences::maximumLevels &&
+         itemType(iinf_, shown_) == "iden") {
     const std::uint32_t source = firstSource(iref_, shown_);
     if (itemType(iinf_, source).empty()) break;
     derivations_.push_back(shown_);

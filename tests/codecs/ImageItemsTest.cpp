@@ -151,6 +151,14 @@ TEST(ImageItems, refusesAnIdentifierThatThePrimaryItemBoxCannotHold) {
   EXPECT_THROW(items.withoutIdentities(), UnreadableImage);
 }
 
+TEST(ImageItems, followsNoDerivationOfItemZeroWhenThereIsNoPrimaryItem) {
+  const std::string file = ftyp("mif1") + meta(iinf({infe(2, 0, "iden"), infe(2, 1, "hvc1")}) +
+                                               iref({reference("dimg", 0, {1})}));
+  const ImageItems items(view(file));
+  EXPECT_EQ(items.coding(), std::nullopt);
+  EXPECT_EQ(items.withoutIdentities().size(), file.size());
+}
+
 TEST(ImageItems, refusesMoreDecodingsThanAPictureOfItsSizeCanNeed) {
   const auto grid = [](std::uint32_t tileSide) {
     return ftyp("mif1") + meta(pitm(1) + iinf({infe(2, 1, "grid"), infe(2, 2, "hvc1")}) +
