@@ -73,6 +73,10 @@ inline std::uint8_t* allocatePackedRows(Image& image) {
 
 /// Whether the bytes of `image` are those of its opaque 8-bit rendering into its own space: packed
 /// R, G, B, 255.
-bool isOpaqueRendering(const Image& image);
+inline bool isOpaqueRendering(const Image& image) {
+  return image.bitsPerComponent == 8 && image.layout == ChannelLayout::rgba &&
+         image.alpha == AlphaKind::none && image.bytesPerRow == image.width * 4 &&
+         image.colorSpace->supportsOutput();
+}
 
 }  // namespace orvane

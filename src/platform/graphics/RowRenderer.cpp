@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <limits>
-#include <optional>
 #include <span>
 #include <vector>
 
-#include "platform/graphics/ColorTransform.h"
+#include "platform/graphics/ICCProfile.h"
 
 namespace orvane {
 namespace {
@@ -21,48 +20,34 @@ Component multiply(std::uint32_t a, std::uint32_t b) {
   return static_cast<Component>((a * b + max / 2) / max);  // below 2³² for 16 bits too
 }
 
-/// Converts any layout to R, G, B, A of the same depth without touching the colours.
+bool hasAlphaChannel(ChannelLayout layout) {
+  return layout == ChannelLayout::grayAlpha || layout == ChannelLayout::rgba;
+}
+
+/// Copies the colours of any layout but CMYK to R, G, B of the same depth. The fourth component of
+/// each pixel stays as it is.
 template <typename Component>
-void unpack(const Component* in, ChannelLayout layout, std::size_t width, Component* out) {
-  constexpr auto opaque = static_cast<Component>(maximum<Component>);
-  switch (layout) {
-    case ChannelLayout::gray:
-      for (std::size_t x = 0; x < width; ++x, out += 4) {
-        out[0] = out[1] = out[2] = in[x];
-        out[3] = opaque;
-      }
-      break;
-    case ChannelLayout::grayAlpha:
-      for (std::size_t x = 0; x < width; ++x, out += 4) {
-        out[0] = out[1] = out[2] = in[x * 2];
-        out[3] = in[x * 2 + 1];
-      }
-      break;
-    case ChannelLayout::rgb:
-      for (std::size_t x = 0; x < width; ++x, out += 4) {
-        std::copy_n(in + x * 3, 3, out);
-        out[3] = opaque;
-      }
-      break;
-    case ChannelLayout::rgba:
-      std::copy_n(in, width * 4, out);
-      break;
-    case ChannelLayout::cmyk:
-      for (std::size_t x = 0; x < width; ++x, in += 4, out += 4) {
-        const std::uint32_t light = opaque - in[3];
-        for (int ink = 0; ink < 3; ++ink) {
-          out[ink] = multiply<Component>(static_cast<std::uint32_t>(opaque - in[ink]), light);
-        }
-        out[3] = opaque;
-      }
-      break;
+void copyColors(const Component* in, ChannelLayout layout, std::size_t width, Component* rgba) {
+  const std::size_t channels = channelCount(layout);
+  const std::size_t step = channels < 3 ? 0 : 1;  // grey stands for R, G and B
+  for (std::size_t x = 0; x < width; ++x, in += channels, rgba += 4) {
+    for (std::size_t c = 0; c < 3; ++c) rgba[c] = in[c * step];
+  }
+}
+
+/// Uncalibrated CMYK to R, G, B.
+template <typename Component>
+void convertInks(const Component* cmyk, std::size_t width, Component* rgba) {
+  constexpr std::uint32_t max = maximum<Component>;
+  for (std::size_t x = 0; x < width; ++x, cmyk += 4, rgba += 4) {
+    for (std::size_t c = 0; c < 3; ++c) rgba[c] = multiply<Component>(max - cmyk[c], max - cmyk[3]);
   }
 }
 
 template <typename Component>
 void copyAlpha(const Component* in, ChannelLayout layout, std::size_t width, Component* rgba) {
   const std::size_t channels = channelCount(layout);
-  const bool hasAlpha = layout == ChannelLayout::grayAlpha || layout == ChannelLayout::rgba;
+  const bool hasAlpha = hasAlphaChannel(layout);
   for (std::size_t x = 0; x < width; ++x) {
     rgba[x * 4 + 3] =
         hasAlpha ? in[(x + 1) * channels - 1] : static_cast<Component>(maximum<Component>);
@@ -106,13 +91,35 @@ bool sameNumbers(const ColorSpace& source, const ColorSpace& target) {
          std::ranges::equal(source.iccData(), target.iccData());
 }
 
+cmsUInt32Number pixelFormat(ChannelLayout layout, int bitsPerComponent) {
+  const auto channels = static_cast<cmsUInt32Number>(channelCount(layout));
+  const cmsUInt32Number alphas = hasAlphaChannel(layout) ? 1 : 0;
+  const cmsUInt32Number colors = channels - alphas;
+  const cmsUInt32Number model = colors == 1 ? PT_GRAY : colors == 3 ? PT_RGB : PT_CMYK;
+  return COLORSPACE_SH(model) | CHANNELS_SH(colors) | EXTRA_SH(alphas) |
+         BYTES_SH(static_cast<cmsUInt32Number>(bitsPerComponent / 8));
+}
+
+/// A conversion of straight pixels of `source` to R, G, B of `target`, which leaves the fourth
+/// component as it is. Null when Little CMS cannot convert between the profiles.
+TransformHandle makeTransform(const ColorSpace& source, ChannelLayout layout,
+                              const ColorSpace& target, int bitsPerComponent) {
+  const ProfileHandle from = ICCProfile::open(source.iccData());
+  const ProfileHandle to = ICCProfile::open(target.iccData());
+  if (!from || !to) return nullptr;
+  return TransformHandle(cmsCreateTransform(
+      from.get(), pixelFormat(layout, bitsPerComponent), to.get(),
+      pixelFormat(ChannelLayout::rgba, bitsPerComponent), INTENT_RELATIVE_COLORIMETRIC,
+      cmsFLAGS_BLACKPOINTCOMPENSATION | cmsFLAGS_NOCACHE));
+}
+
 }  // namespace
 
 struct RowRenderer::Steps {
   Image image;
   int bitsPerComponent;
   AlphaForm alphaForm;
-  std::optional<ColorTransform> transform;
+  TransformHandle transform;               ///< null when the numbers stay as they are
   std::vector<std::uint16_t> straightRow;  ///< the source row, straight, 8 or 16 bits
   std::vector<std::uint16_t> deepRow;      ///< a row of 16 bits when only one depth is 16
 
@@ -135,16 +142,18 @@ struct RowRenderer::Steps {
   void renderAtOneDepth(const Component* in, Component* out) {
     const std::span<Component> row(out, image.width * 4);
     AlphaKind alpha = image.alpha;
-    if (transform) {
-      if (alpha == AlphaKind::premultiplied) {
-        in = madeStraight(in);
-        alpha = AlphaKind::straight;
-      }
-      transform->convert(in, out, image.width);
-      copyAlpha(in, image.layout, image.width, out);
-    } else {
-      unpack(in, image.layout, image.width, out);
+    if (transform && alpha == AlphaKind::premultiplied) {
+      in = madeStraight(in);
+      alpha = AlphaKind::straight;
     }
+    if (transform) {
+      cmsDoTransform(transform.get(), in, out, static_cast<cmsUInt32Number>(image.width));
+    } else if (image.layout == ChannelLayout::cmyk) {
+      convertInks(in, image.width, out);
+    } else {
+      copyColors(in, image.layout, image.width, out);
+    }
+    copyAlpha(in, image.layout, image.width, out);
     if (alpha == AlphaKind::straight && alphaForm == AlphaForm::premultiplied) premultiply(row);
     if (alpha == AlphaKind::premultiplied && alphaForm == AlphaForm::straight) {
       unpremultiply(row, 4);
@@ -168,9 +177,8 @@ RowRenderer::RowRenderer(const Image& image, const ColorSpacePtr& target, int bi
     : steps_(std::make_unique<Steps>(
           Steps{.image = image, .bitsPerComponent = bitsPerComponent, .alphaForm = alphaForm})) {
   if (sameNumbers(*image.colorSpace, *target)) return;
-  ColorTransform transform(*image.colorSpace, image.layout, *target,
-                           std::max(image.bitsPerComponent, bitsPerComponent));
-  if (transform.isPossible()) steps_->transform = std::move(transform);
+  steps_->transform = makeTransform(*image.colorSpace, image.layout, *target,
+                                    std::max(image.bitsPerComponent, bitsPerComponent));
 }
 
 RowRenderer::~RowRenderer() = default;
