@@ -35,17 +35,15 @@ CodePoints codePoints(const heif_image_handle* handle, const heif_image* decoded
 
 // MARK: Pixels
 
-/// One plane of a decoded picture as rows of full-range samples.
+/// One plane of a decoded picture, whose samples are stretched to the full range of `Sample`.
 template <class Sample>
 class Channel {
  public:
   Channel(const heif_image* image, heif_channel channel)
       : plane_(heif_image_get_plane_readonly(image, channel, &stride_)),
         width_(static_cast<std::size_t>(heif_image_get_width(image, channel))),
-        bitDepth_(heif_image_get_bits_per_pixel_range(image, channel)) {
-    if (bitDepth_ == 8 && sizeof(Sample) == 1) return;
-    row_.resize(width_);
-    scaled_.resize(std::size_t{1} << bitDepth_);
+        bitDepth_(heif_image_get_bits_per_pixel_range(image, channel)),
+        scaled_(std::size_t{1} << bitDepth_) {
     const std::size_t from = scaled_.size() - 1;
     constexpr std::size_t to = std::numeric_limits<Sample>::max();
     for (std::size_t value = 0; value <= from; ++value) {
@@ -53,70 +51,51 @@ class Channel {
     }
   }
 
-  /// The row stays valid until the next call.
-  const Sample* row(std::size_t y) {
-    const std::uint8_t* stored = plane_ + y * static_cast<std::size_t>(stride_);
-    if (scaled_.empty()) return reinterpret_cast<const Sample*>(stored);
-    if (bitDepth_ == 8) {
-      scale(stored);
+  /// Writes row `y` to every `step`-th sample of `out`.
+  void writeRow(std::size_t y, Sample* out, std::size_t step) const {
+    const std::uint8_t* row = plane_ + y * static_cast<std::size_t>(stride_);
+    if (bitDepth_ > 8) {
+      scale(reinterpret_cast<const std::uint16_t*>(row), out, step);
     } else {
-      scale(reinterpret_cast<const std::uint16_t*>(stored));
+      scale(row, out, step);
     }
-    return row_.data();
   }
 
  private:
   template <class Stored>
-  void scale(const Stored* stored) {
+  void scale(const Stored* row, Sample* out, std::size_t step) const {
     const std::size_t mask = scaled_.size() - 1;
-    for (std::size_t x = 0; x < width_; ++x) row_[x] = scaled_[stored[x] & mask];
+    for (std::size_t x = 0; x < width_; ++x) out[x * step] = scaled_[row[x] & mask];
   }
 
   int stride_ = 0;
   const std::uint8_t* plane_;
   std::size_t width_;
   int bitDepth_;
-  std::vector<Sample> scaled_;  ///< by stored value; empty when stored samples need no scaling
-  std::vector<Sample> row_;
+  std::vector<Sample> scaled_;  ///< by stored value
 };
 
-template <std::size_t count, class Sample>
-void interleaveRow(const std::array<const Sample*, 4>& rows, std::size_t width, Sample* out) {
-  for (std::size_t x = 0; x < width; ++x) {
-    for (std::size_t c = 0; c < count; ++c) out[x * count + c] = rows[c][x];
-  }
+/// The planes that hold the channels of a picture, in order.
+std::vector<heif_channel> planesFor(const Image& image) {
+  // R, G and B are equal in a picture with a grey profile.
+  std::vector<heif_channel> planes{heif_channel_G};
+  if (channelCount(image.layout) >= 3) planes = {heif_channel_R, heif_channel_G, heif_channel_B};
+  if (image.alpha != AlphaKind::none) planes.push_back(heif_channel_Alpha);
+  return planes;
 }
 
 /// Allocates the rows of `target`, whose size, layout and depth are set, and fills them with the
 /// planes of `source`.
 template <class Sample>
 void interleave(const heif_image* source, Image& target) {
-  const bool gray = channelCount(target.layout) < 3;
-  const bool alpha = target.alpha != AlphaKind::none;
+  const std::size_t step = channelCount(target.layout);
   std::vector<Channel<Sample>> channels;
-  // R, G and B are equal in a picture with a grey profile.
-  if (!gray) channels.emplace_back(source, heif_channel_R);
-  channels.emplace_back(source, heif_channel_G);
-  if (!gray) channels.emplace_back(source, heif_channel_B);
-  if (alpha) channels.emplace_back(source, heif_channel_Alpha);
-
-  const std::vector<Sample> filler(target.width, std::numeric_limits<Sample>::max());
-  std::array<const Sample*, 4> rows;
-  rows.fill(filler.data());
-  std::uint8_t* pixels = allocatePackedRows(target);
-  for (std::size_t y = 0; y < target.height; ++y) {
-    for (std::size_t c = 0; c < channels.size(); ++c) rows[c] = channels[c].row(y);
-    auto* out = reinterpret_cast<Sample*>(pixels + y * target.bytesPerRow);
-    switch (target.layout) {
-      case ChannelLayout::gray:
-        interleaveRow<1>(rows, target.width, out);
-        break;
-      case ChannelLayout::grayAlpha:
-        interleaveRow<2>(rows, target.width, out);
-        break;
-      default:
-        interleaveRow<4>(rows, target.width, out);
-    }
+  for (const heif_channel plane : planesFor(target)) channels.emplace_back(source, plane);
+  auto* row = reinterpret_cast<Sample*>(allocatePackedRows(target));
+  for (std::size_t y = 0; y < target.height; ++y, row += target.width * step) {
+    const bool hasFiller = channels.size() < step;
+    if (hasFiller) std::fill_n(row, target.width * step, std::numeric_limits<Sample>::max());
+    for (std::size_t c = 0; c < channels.size(); ++c) channels[c].writeRow(y, row + c, step);
   }
 }
 
