@@ -242,7 +242,6 @@ const heif_decoder_plugin hevcDecoder{.plugin_api_version = 3,
                                       .free_decoder = freeDecoder,
                                       .push_data = pushData,
                                       .decode_image = decodeImage,
-                                      .set_strict_decoding = nullptr,
                                       .id_name = "libde265-strict"};
 
 }  // namespace orvane
