@@ -65,8 +65,7 @@ void describeColors(avifImage& picture, const ColorSpace& colorSpace) {
   }
 }
 
-/// `image` in its rendering space as planes for AV1. Rows that are opaque 8-bit RGBA already are
-/// converted without a copy.
+/// `image` in its rendering space as planes for AV1.
 AVIFLibrary::Picture convert(const Image& image, Content content) {
   const ColorSpacePtr colorSpace = renderingSpace(image.colorSpace);
   AVIFLibrary::Picture picture = AVIFLibrary::makePicture(
@@ -80,19 +79,14 @@ AVIFLibrary::Picture convert(const Image& image, Content content) {
 
   const std::size_t bytesPerRow =
       image.width * 4 * static_cast<std::size_t>(image.bitsPerComponent / 8);
-  std::optional<RowRenderer> renderer;
-  MutablePixelMemory rendered;
-  if (!isOpaqueRendering(image)) {
-    renderer.emplace(image, colorSpace, image.bitsPerComponent, RowRenderer::AlphaForm::straight);
-    rendered = makePixelMemory(bytesPerRow * std::min(stripRows, image.height));
-  }
+  RowRenderer renderer(image, colorSpace, image.bitsPerComponent, RowRenderer::AlphaForm::straight);
+  const MutablePixelMemory rendered = makePixelMemory(bytesPerRow * stripRows);
   for (std::size_t first = 0; first < image.height; first += stripRows) {
     const std::size_t count = std::min(stripRows, image.height - first);
-    for (std::size_t i = 0; renderer && i < count; ++i) {
-      renderer->render(first + i, rendered.get() + i * bytesPerRow);
+    for (std::size_t i = 0; i < count; ++i) {
+      renderer.render(first + i, rendered.get() + i * bytesPerRow);
     }
-    Strip(*picture, first, count)
-        .fill(renderer ? rendered.get() : image.row(first), bytesPerRow, image.bitsPerComponent);
+    Strip(*picture, first, count).fill(rendered.get(), bytesPerRow, image.bitsPerComponent);
   }
   return picture;
 }
