@@ -29,15 +29,6 @@ constexpr std::array<std::int32_t, 64> makeBayer8() {
 }
 constexpr std::array<std::int32_t, 64> bayer8 = makeBayer8();
 
-/// 255 / alpha, for every alpha but 0.
-constexpr std::array<double, 256> makeStraightFactors() {
-  std::array<double, 256> factors{};
-  for (int alpha = 1; alpha < 256; ++alpha)
-    factors[static_cast<std::size_t>(alpha)] = 255.0 / alpha;
-  return factors;
-}
-constexpr std::array<double, 256> straightFactors = makeStraightFactors();
-
 /// Premultiplied to straight, in place. Returns whether any pixel is not opaque. The factor is a
 /// rounded double: the quotient of integers, which RowRenderer takes, rounds some values the other
 /// way, and outputs must not change.
@@ -47,7 +38,7 @@ bool unpremultiply(std::span<std::uint8_t> pixels) {
     const std::uint8_t alpha = pixels[at + 3];
     if (alpha == 255) continue;
     hasAlpha = true;
-    const double factor = straightFactors[alpha];
+    const double factor = alpha == 0 ? 0 : 255.0 / alpha;
     for (std::size_t c = 0; c < 3; ++c) {
       // The product is not negative: adding a half and truncating rounds halves away from zero.
       const auto straight = static_cast<int>(factor * pixels[at + c] + 0.5);
@@ -66,25 +57,16 @@ void dither(std::span<const std::uint16_t> row, std::size_t y, std::uint8_t* out
   }
 }
 
-/// Renders each row at 16 bits and dithers it. Returns whether any pixel is not opaque.
-bool renderDithered(const Image& image, const ColorSpacePtr& space, std::uint8_t* pixels) {
-  RowRenderer renderer(image, space, 16, RowRenderer::AlphaForm::premultiplied);
-  std::vector<std::uint16_t> deepRow(image.width * 4);
+/// Renders `image`, at 16 bits if it is to be dithered. Returns whether any pixel is not opaque.
+bool render(const Image& image, const ColorSpacePtr& space, bool dithers, std::uint8_t* pixels) {
+  RowRenderer renderer(image, space, dithers ? 16 : 8, RowRenderer::AlphaForm::premultiplied);
+  const std::size_t rowSize = image.width * 4;
+  std::vector<std::uint16_t> deepRow(dithers ? rowSize : 0);
   bool hasAlpha = false;
-  for (std::size_t y = 0; y < image.height; ++y, pixels += image.width * 4) {
-    renderer.render(y, deepRow.data());
-    dither(deepRow, y, pixels);
-    hasAlpha |= unpremultiply({pixels, image.width * 4});
-  }
-  return hasAlpha;
-}
-
-bool renderPlain(const Image& image, const ColorSpacePtr& space, std::uint8_t* pixels) {
-  RowRenderer renderer(image, space, 8, RowRenderer::AlphaForm::premultiplied);
-  bool hasAlpha = false;
-  for (std::size_t y = 0; y < image.height; ++y, pixels += image.width * 4) {
-    renderer.render(y, pixels);
-    hasAlpha |= unpremultiply({pixels, image.width * 4});
+  for (std::size_t y = 0; y < image.height; ++y, pixels += rowSize) {
+    renderer.render(y, dithers ? static_cast<void*>(deepRow.data()) : pixels);
+    if (dithers) dither(deepRow, y, pixels);
+    hasAlpha |= unpremultiply({pixels, rowSize});
   }
   return hasAlpha;
 }
@@ -99,7 +81,7 @@ RGBABuffer::RGBABuffer(const Image& image) try
   } else {
     const MutablePixelMemory rendered = makePixelMemory(size);
     const bool dithers = image.bitsPerComponent > 8 && width * height <= maximumDitheredPixels;
-    hasAlpha = (dithers ? renderDithered : renderPlain)(image, colorSpace, rendered.get());
+    hasAlpha = render(image, colorSpace, dithers, rendered.get());
     storage = rendered;
   }
   pixels = {storage.get(), size};
