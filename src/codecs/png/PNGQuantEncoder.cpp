@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <span>
 #include <utility>
 
 #include "picture/ColorProfile.h"
@@ -49,93 +50,53 @@ std::vector<PNGWriter::PaletteEntry> paletteOf(liq_result* result) {
   return entries;
 }
 
-/// The rows of a buffer for a truecolour file: without the alpha bytes unless it has alpha.
-class TruecolorRows {
- public:
-  explicit TruecolorRows(const RGBABuffer& rgba)
-      : rgba_(rgba), channels_(rgba.hasAlpha ? 4 : 3), noRow_(size()) {
-    if (!rgba.hasAlpha) packed_.fill(Bytes(size()));
-  }
-
-  std::size_t channels() const { return channels_; }
-
-  /// Bytes of a row.
-  std::size_t size() const { return rgba_.width * channels_; }
-
-  /// The row above the first one.
-  const std::uint8_t* zeros() const { return noRow_.data(); }
-
-  /// Row `y`. The next call leaves it valid, the call after that does not.
-  const std::uint8_t* row(std::size_t y) {
-    const std::uint8_t* pixels = rgba_.pixels.data() + y * rgba_.width * 4;
-    if (rgba_.hasAlpha) return pixels;
-    std::uint8_t* packed = packed_[y % 2].data();
-    for (std::size_t x = 0; x < rgba_.width; ++x) {
-      std::copy_n(pixels + x * 4, 3, packed + x * 3);
-    }
-    return packed;
-  }
-
- private:
-  const RGBABuffer& rgba_;
-  std::size_t channels_;
-  Bytes noRow_;
-  std::array<Bytes, 2> packed_;
-};
-
 /// Filters rows, each with its own filter type.
 class RowFilter {
  public:
   RowFilter(EncodingPlan::Effort effort, std::size_t count, std::size_t bpp)
-      : searches_(effort != EncodingPlan::Effort::fast),
-        bpp_(bpp),
-        candidate_(searches_ ? count : 0),
-        best_(count) {}
-
-  /// Appends the filter byte and the filtered row.
-  void append(const std::uint8_t* row, const std::uint8_t* previous, Bytes& filtered) {
-    const PNGWriter::Filter filter = searches_ ? search(row, previous) : applyPaeth(row, previous);
-    filtered.push_back(static_cast<std::uint8_t>(filter));
-    filtered.insert(filtered.end(), best_.begin(), best_.end());
+      : bpp_(bpp), candidate_(count), best_(count) {
+    static constexpr std::array paeth{PNGWriter::Filter::paeth};
+    if (effort == EncodingPlan::Effort::fast) filters_ = paeth;
   }
 
- private:
-  PNGWriter::Filter applyPaeth(const std::uint8_t* row, const std::uint8_t* previous) {
-    PNGWriter::apply(PNGWriter::Filter::paeth, row, previous, best_.size(), bpp_, best_.data());
-    return PNGWriter::Filter::paeth;
-  }
-
-  /// Returns the filter of least cost, the first of equals, and leaves its output in `best_`.
-  PNGWriter::Filter search(const std::uint8_t* row, const std::uint8_t* previous) {
+  /// Appends the filter type of least cost, the first of equals, and the filtered row.
+  void append(const Bytes& row, const Bytes& previous, Bytes& filtered) {
     auto bestFilter = PNGWriter::Filter::none;
     auto bestCost = std::numeric_limits<std::int64_t>::max();
-    for (const PNGWriter::Filter filter : PNGWriter::allFilters) {
-      const std::int64_t cost =
-          PNGWriter::apply(filter, row, previous, best_.size(), bpp_, candidate_.data());
+    for (const PNGWriter::Filter filter : filters_) {
+      const std::int64_t cost = PNGWriter::apply(filter, row.data(), previous.data(), row.size(),
+                                                 bpp_, candidate_.data());
       if (cost >= bestCost) continue;
       bestCost = cost;
       bestFilter = filter;
       std::swap(candidate_, best_);
     }
-    return bestFilter;
+    filtered.push_back(static_cast<std::uint8_t>(bestFilter));
+    filtered.insert(filtered.end(), best_.begin(), best_.end());
   }
 
-  bool searches_;
+ private:
+  std::span<const PNGWriter::Filter> filters_ = PNGWriter::allFilters;
   std::size_t bpp_;
   Bytes candidate_;
   Bytes best_;
 };
 
+/// The filtered rows of a truecolour file, without the alpha of an opaque picture.
 Bytes filteredRows(const RGBABuffer& rgba, EncodingPlan::Effort effort) {
-  TruecolorRows rows(rgba);
-  RowFilter filter(effort, rows.size(), rows.channels());
+  const std::size_t channels = rgba.hasAlpha ? 4 : 3;
+  Bytes row(rgba.width * channels);
+  Bytes previous(row.size());
+  RowFilter filter(effort, row.size(), channels);
   Bytes filtered;
-  filtered.reserve((rows.size() + 1) * rgba.height);
-  const std::uint8_t* previous = rows.zeros();
+  filtered.reserve((row.size() + 1) * rgba.height);
+  const std::uint8_t* pixel = rgba.pixels.data();
   for (std::size_t y = 0; y < rgba.height; ++y) {
-    const std::uint8_t* row = rows.row(y);
+    for (std::size_t at = 0; at < row.size(); at += channels, pixel += 4) {
+      std::copy_n(pixel, channels, row.begin() + static_cast<std::ptrdiff_t>(at));
+    }
     filter.append(row, previous, filtered);
-    previous = row;
+    std::swap(row, previous);
   }
   return filtered;
 }
