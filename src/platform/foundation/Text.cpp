@@ -43,23 +43,8 @@ std::string trimmed(std::string_view text) {
 }
 
 std::string wellFormed(std::string_view text) {
-  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-  const auto size = static_cast<std::int32_t>(text.size());
   std::string result;
-  std::int32_t copied = 0;
-  const auto copyUntil = [&](std::int32_t end) {
-    result.append(text, static_cast<std::size_t>(copied), static_cast<std::size_t>(end - copied));
-  };
-  for (std::int32_t next = 0; next < size;) {
-    const std::int32_t start = next;
-    UChar32 character = 0;
-    U8_NEXT(bytes, next, size, character);
-    if (character >= 0) continue;
-    copyUntil(start);
-    result += "\uFFFD";
-    copied = next;
-  }
-  copyUntil(size);
+  icu::UnicodeString::fromUTF8(text).toUTF8String(result);
   return result;
 }
 
