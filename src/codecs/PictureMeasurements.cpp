@@ -1,6 +1,8 @@
 #include "codecs/PictureMeasurements.h"
 
 #include <algorithm>
+#include <array>
+#include <ranges>
 
 #include "codecs/OpaqueRows.h"
 
@@ -21,31 +23,18 @@ bool isGray(const std::uint8_t* row, std::size_t width) {
   return differences == 0;
 }
 
-/// The difference between the least and the greatest of some values.
-class Spread {
- public:
-  void add(int value) {
-    lowest_ = std::min(lowest_, value);
-    highest_ = std::max(highest_, value);
-  }
-  int size() const { return highest_ - lowest_; }
-
- private:
-  int lowest_ = 255;
-  int highest_ = -255;
-};
-
 /// Whether the chroma jumps among two pixels of the upper row and the two below them.
 bool holdsEdge(const std::uint8_t* upper, const std::uint8_t* lower) {
-  Spread blue;
-  Spread red;
-  for (const std::uint8_t* pixel : {upper, upper + 4, lower, lower + 4}) {
-    const int r = pixel[0], g = pixel[1], b = pixel[2];
-    // T.871's Cb and Cr in 256ths, without their offset.
-    blue.add((-43 * r - 85 * g + 128 * b) / 256);
-    red.add((128 * r - 107 * g - 21 * b) / 256);
-  }
-  return std::max(blue.size(), red.size()) > edge;
+  const std::array pixels{upper, upper + 4, lower, lower + 4};
+  // The range of a weighted sum: T.871's Cb and Cr in 256ths, without their offset.
+  const auto range = [&](int red, int green, int blue) {
+    const auto [least, greatest] =
+        std::ranges::minmax(pixels | std::views::transform([&](const std::uint8_t* pixel) {
+                              return (red * pixel[0] + green * pixel[1] + blue * pixel[2]) / 256;
+                            }));
+    return greatest - least;
+  };
+  return std::max(range(-43, -85, 128), range(128, -107, -21)) > edge;
 }
 
 /// Odd, so that the grid does not fall in step with regular layouts.

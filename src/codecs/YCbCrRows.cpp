@@ -30,27 +30,14 @@ std::uint8_t chromaSample(const Weights& weights, const std::array<int, 3>& colo
 
 using Block = std::array<const std::uint8_t*, 4>;
 
-bool isOpaque(const Block& pixels) {
-  return (pixels[0][3] & pixels[1][3] & pixels[2][3] & pixels[3][3]) == 255;
-}
-
-/// The mean colour of four pixels.
+/// The mean colour of four pixels, weighted with alpha; the plain mean when all are transparent.
 std::array<int, 3> mean(const Block& pixels) {
-  std::array<int, 3> color{};
-  for (std::size_t c = 0; c < 3; ++c) {
-    color[c] = (pixels[0][c] + pixels[1][c] + pixels[2][c] + pixels[3][c] + 2) / 4;
-  }
-  return color;
-}
-
-/// The mean weighted with alpha; the plain mean when all four are transparent.
-std::array<int, 3> meanOfVisible(const Block& pixels) {
-  const int weight = pixels[0][3] + pixels[1][3] + pixels[2][3] + pixels[3][3];
-  if (weight == 0) return mean(pixels);
+  const int alphas = pixels[0][3] + pixels[1][3] + pixels[2][3] + pixels[3][3];
+  const int weight = alphas == 0 ? 4 : alphas;
   std::array<int, 3> color{};
   for (std::size_t c = 0; c < 3; ++c) {
     int sum = weight / 2;
-    for (const std::uint8_t* pixel : pixels) sum += pixel[c] * pixel[3];
+    for (const std::uint8_t* pixel : pixels) sum += pixel[c] * (alphas == 0 ? 1 : pixel[3]);
     color[c] = sum / weight;
   }
   return color;
@@ -73,7 +60,7 @@ void writeChroma(const std::uint8_t* upper, const std::uint8_t* lower, std::size
   for (std::size_t x = 0; x < width; x += 2, upper += 8, lower += 8) {
     const std::size_t right = x + 1 < width ? 4 : 0;  // a last column has no partner
     const Block pixels{upper, upper + right, lower, lower + right};
-    const auto color = isOpaque(pixels) ? mean(pixels) : meanOfVisible(pixels);
+    const auto color = mean(pixels);
     *cb++ = chromaSample(blueChroma, color);
     *cr++ = chromaSample(redChroma, color);
   }
