@@ -1,11 +1,9 @@
 #include "codecs/webp/WebPEncoder.h"
 
-#include <webp/encode.h>
 #include <webp/mux.h>
 
 #include <algorithm>
 
-#include "codecs/webp/WebPEncoderSteps.h"
 #include "picture/ColorProfile.h"
 #include "picture/ImageProcessingError.h"
 #include "platform/foundation/Handle.h"

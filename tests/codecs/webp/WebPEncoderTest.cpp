@@ -7,7 +7,6 @@
 
 #include <cstdlib>
 
-#include "codecs/webp/WebPEncoderSteps.h"
 #include "picture/ImageProcessingError.h"
 #include "platform/foundation/Handle.h"
 #include "support/ShortMemory.h"
