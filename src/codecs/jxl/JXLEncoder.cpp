@@ -167,12 +167,6 @@ void requireRebuilding(ByteView jpeg, ByteView jxl) {
   require(JxlDecoderReleaseJPEGBuffer(decoder.get()) == 0 && std::ranges::equal(rebuilt, jpeg));
 }
 
-Bytes transcoded(ByteView jpeg, int effort) {
-  Bytes jxl = repacked(jpeg, effort);
-  requireRebuilding(jpeg, jxl);
-  return jxl;
-}
-
 }  // namespace
 
 double distance(double quality) {
@@ -203,12 +197,12 @@ Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan) {
   return drainOutput(encoder.get());
 }
 
-std::optional<Bytes> transcodeJPEG(ByteView jpeg, int effort) {
-  try {
-    return transcoded(jpeg, effort);
-  } catch (const std::exception&) {
-    return std::nullopt;  // the caller encodes pixels instead
-  }
+std::optional<Bytes> transcodeJPEG(ByteView jpeg, int effort) try {
+  Bytes jxl = repacked(jpeg, effort);
+  requireRebuilding(jpeg, jxl);
+  return jxl;
+} catch (const std::exception&) {
+  return std::nullopt;  // the caller encodes pixels instead
 }
 
 }  // namespace orvane::JXLEncoder
