@@ -10,11 +10,10 @@ namespace {
 constexpr std::size_t alignment = 64;
 
 /// The value of a sample that has not been decoded: noise that no picture contains.
-template <class Sample>
-Sample blankSample(std::size_t x, std::size_t y, int bitDepth) {
+std::uint32_t blankSample(std::size_t x, std::size_t y, int bitDepth) {
   const auto mixed =
       static_cast<std::uint32_t>(x) * 0x9E3779B1U ^ static_cast<std::uint32_t>(y) * 0x85EBCA77U;
-  return static_cast<Sample>(mixed * 0xC2B2AE3DU >> (32 - bitDepth));
+  return mixed * 0xC2B2AE3DU >> (32 - bitDepth);
 }
 
 }  // namespace
@@ -33,43 +32,46 @@ HEVCPlane::HEVCPlane(std::size_t width, std::size_t height, int bitDepth)
   }
 }
 
-bool HEVCPlane::isComplete() const {
-  return bitDepth_ > 8 ? !hasBlankBlock<std::uint16_t>() : !hasBlankBlock<std::uint8_t>();
-}
-
 template <class Sample>
 void HEVCPlane::makeBlank() {
   for (std::size_t y = 0; y < height_; ++y) {
-    Sample* samples = row<Sample>(y);
-    for (std::size_t x = 0; x < width_; ++x) samples[x] = blankSample<Sample>(x, y, bitDepth_);
+    auto* row = reinterpret_cast<Sample*>(memory_.get() + y * bytesPerRow_);
+    for (std::size_t x = 0; x < width_; ++x) {
+      row[x] = static_cast<Sample>(blankSample(x, y, bitDepth_));
+    }
   }
+}
+
+bool HEVCPlane::isBlank(std::size_t x, std::size_t y) const {
+  const std::uint8_t* row = memory_.get() + y * bytesPerRow_;
+  const std::uint32_t sample =
+      bitDepth_ > 8 ? reinterpret_cast<const std::uint16_t*>(row)[x] : row[x];
+  return sample == blankSample(x, y, bitDepth_);
 }
 
 /// Whether the part of the block of 16 × 16 samples that lies within the plane is still blank. Only
 /// the middles of its 8 × 8 quarters count, because deblocking of decoded neighbours changes up to
 /// three samples on both sides of the edges of an 8 × 8 grid (ITU-T H.265, 8.7.2).
-template <class Sample>
 bool HEVCPlane::isBlankBlock(std::size_t left, std::size_t top) const {
   for (const std::size_t dy : {3, 4, 11, 12}) {
     const std::size_t y = top + dy;
     if (y >= height_) break;
     for (const std::size_t dx : {3, 4, 11, 12}) {
       const std::size_t x = left + dx;
-      if (x < width_ && row<Sample>(y)[x] != blankSample<Sample>(x, y, bitDepth_)) return false;
+      if (x < width_ && !isBlank(x, y)) return false;
     }
   }
   return true;
 }
 
 /// Coding tree blocks have sides of 16, 32 or 64, and sides of pictures are multiples of 8.
-template <class Sample>
-bool HEVCPlane::hasBlankBlock() const {
+bool HEVCPlane::isComplete() const {
   for (std::size_t top = 0; top < height_; top += 16) {
     for (std::size_t left = 0; left < width_; left += 16) {
-      if (isBlankBlock<Sample>(left, top)) return true;
+      if (isBlankBlock(left, top)) return false;
     }
   }
-  return false;
+  return true;
 }
 
 }  // namespace orvane

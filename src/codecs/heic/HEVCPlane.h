@@ -25,15 +25,9 @@ class HEVCPlane {
 
  private:
   template <class Sample>
-  Sample* row(std::size_t y) const {
-    return reinterpret_cast<Sample*>(memory_.get() + y * bytesPerRow_);
-  }
-  template <class Sample>
   void makeBlank();
-  template <class Sample>
+  bool isBlank(std::size_t x, std::size_t y) const;
   bool isBlankBlock(std::size_t left, std::size_t top) const;
-  template <class Sample>
-  bool hasBlankBlock() const;
 
   std::size_t width_;
   std::size_t height_;
