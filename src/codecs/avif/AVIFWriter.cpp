@@ -25,34 +25,17 @@ void require(avifResult result) {
   if (result != AVIF_RESULT_OK) throw UnwritableImage(avifResultToString(result));
 }
 
-/// Some rows of `picture`. They share its memory.
-class Strip {
- public:
-  Strip(avifImage& picture, std::size_t first, std::size_t count)
-      : view_(AVIFLibrary::makePicture(0, 0, picture.depth, picture.yuvFormat)) {
-    const avifCropRect rows{0, static_cast<std::uint32_t>(first), picture.width,
-                            static_cast<std::uint32_t>(count)};
-    require(avifImageSetViewRect(view_.get(), &picture, &rows));
-  }
-
-  /// Converts rows of R, G, B, A of `bitsPerComponent` bits, 8 or 16. Alpha is dropped when the
-  /// picture has no plane for it.
-  void fill(const std::uint8_t* pixels, std::size_t bytesPerRow, int bitsPerComponent) {
-    avifRGBImage source{};
-    avifRGBImageSetDefaults(&source, view_.get());
-    source.depth = static_cast<std::uint32_t>(bitsPerComponent);
-    source.ignoreAlpha = view_->alphaPlane == nullptr;
-    source.pixels = const_cast<std::uint8_t*>(pixels);  // only read
-    source.rowBytes = static_cast<std::uint32_t>(bytesPerRow);
-    const avifResult result = avifImageRGBToYUV(view_.get(), &source);
-    // The conversion marks the planes as owned by the strip, but they belong to the picture.
-    view_->imageOwnsYUVPlanes = view_->imageOwnsAlphaPlane = AVIF_FALSE;
-    require(result);
-  }
-
- private:
-  AVIFLibrary::Picture view_;
-};
+/// Converts `strip` into the rows of `picture` that begin with row `first`.
+void convertStrip(const avifRGBImage& strip, avifImage& picture, std::size_t first) {
+  const AVIFLibrary::Picture rows =  // share the memory of `picture`
+      AVIFLibrary::makePicture(0, 0, picture.depth, picture.yuvFormat);
+  const avifCropRect place{0, static_cast<std::uint32_t>(first), strip.width, strip.height};
+  require(avifImageSetViewRect(rows.get(), &picture, &place));
+  const avifResult result = avifImageRGBToYUV(rows.get(), &strip);
+  // The conversion marks the planes as owned by `rows`, but they belong to the picture.
+  rows->imageOwnsYUVPlanes = rows->imageOwnsAlphaPlane = AVIF_FALSE;
+  require(result);
+}
 
 void describeColors(avifImage& picture, const ColorSpace& colorSpace) {
   picture.matrixCoefficients = AVIF_MATRIX_COEFFICIENTS_BT601;
@@ -77,16 +60,21 @@ AVIFLibrary::Picture convert(const Image& image, Content content) {
   require(avifImageAllocatePlanes(
       picture.get(), image.alpha == AlphaKind::none ? AVIF_PLANES_YUV : AVIF_PLANES_ALL));
 
-  const std::size_t bytesPerRow =
-      image.width * 4 * static_cast<std::size_t>(image.bitsPerComponent / 8);
   RowRenderer renderer(image, colorSpace, image.bitsPerComponent, RowRenderer::AlphaForm::straight);
-  const MutablePixelMemory rendered = makePixelMemory(bytesPerRow * stripRows);
+  avifRGBImage strip{};
+  avifRGBImageSetDefaults(&strip, picture.get());
+  strip.depth = static_cast<std::uint32_t>(image.bitsPerComponent);
+  strip.ignoreAlpha = image.alpha == AlphaKind::none;
+  strip.rowBytes = strip.width * avifRGBImagePixelSize(&strip);
+  const MutablePixelMemory rendered = makePixelMemory(strip.rowBytes * stripRows);
+  strip.pixels = rendered.get();
   for (std::size_t first = 0; first < image.height; first += stripRows) {
     const std::size_t count = std::min(stripRows, image.height - first);
     for (std::size_t i = 0; i < count; ++i) {
-      renderer.render(first + i, rendered.get() + i * bytesPerRow);
+      renderer.render(first + i, rendered.get() + i * strip.rowBytes);
     }
-    Strip(*picture, first, count).fill(rendered.get(), bytesPerRow, image.bitsPerComponent);
+    strip.height = static_cast<std::uint32_t>(count);
+    convertStrip(strip, *picture, first);
   }
   return picture;
 }
