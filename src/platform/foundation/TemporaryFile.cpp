@@ -80,7 +80,9 @@ TemporaryFile::TemporaryFile(std::string destination)
     : destination_(std::move(destination)), path_(hiddenNameBeside(destination_)) {
   installHandlers();
   const ListLock lock;
-  enlist();
+  next_ = first_;
+  if (next_ != nullptr) next_->previous_ = this;
+  first_ = this;
 }
 
 TemporaryFile::~TemporaryFile() {
@@ -117,12 +119,6 @@ void TemporaryFile::moveToDestination() {
     if (isMoved_) delist();
   }
   if (!isMoved_) throw FileError(error, destination_);
-}
-
-void TemporaryFile::enlist() {
-  next_ = first_;
-  if (next_ != nullptr) next_->previous_ = this;
-  first_ = this;
 }
 
 void TemporaryFile::delist() {

@@ -37,7 +37,6 @@ class TemporaryFile {
   static void installHandlers();
   static void removeAllAndEnd(int signal);
 
-  void enlist();
   void delist();
 
   /// The list of files that a handler removes. One per process, as signal handlers are; accessed
