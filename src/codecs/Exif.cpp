@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <new>
 
 #include "platform/foundation/Handle.h"
 
@@ -25,8 +24,7 @@ Bytes withIdentifier(ByteView block) {
 }
 
 ExifDataHandle load(ByteView block) {
-  ExifDataHandle data(exif_data_new());
-  if (!data) throw std::bad_alloc();
+  ExifDataHandle data = owned<ExifDataHandle>(exif_data_new());
   // Keeps the tags as they are stored: libexif would add missing ones and correct types and values.
   exif_data_unset_option(data.get(), EXIF_DATA_OPTION_FOLLOW_SPECIFICATION);
   const Bytes bytes = withIdentifier(block);

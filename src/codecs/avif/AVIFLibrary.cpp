@@ -1,17 +1,6 @@
 #include "codecs/avif/AVIFLibrary.h"
 
-#include <new>
-
 namespace orvane::AVIFLibrary {
-namespace {
-
-template <typename Owner>
-Owner owned(typename Owner::pointer made) {
-  if (made == nullptr) throw std::bad_alloc();
-  return Owner(made);
-}
-
-}  // namespace
 
 Decoder makeDecoder() { return owned<Decoder>(avifDecoderCreate()); }
 

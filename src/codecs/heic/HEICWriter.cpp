@@ -70,8 +70,7 @@ HEIFImage convert(const Image& image, const ColorSpacePtr& space) {
 /// The matrix and range of the planes, with the code points of `space`. They are unspecified for a
 /// space that has none and is written as an ICC profile instead.
 HEIFColorProfile planeDescription(const ColorSpace& space) {
-  HEIFColorProfile profile(heif_nclx_color_profile_alloc());
-  if (profile == nullptr) throw std::bad_alloc();
+  HEIFColorProfile profile = owned<HEIFColorProfile>(heif_nclx_color_profile_alloc());
   const CodePoints codePoints = space.codePoints().value_or(CodePoints());
   HEIFLibrary::check(
       heif_nclx_color_profile_set_color_primaries(profile.get(), codePoints.primaries));

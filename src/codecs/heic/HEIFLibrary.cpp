@@ -1,7 +1,5 @@
 #include "codecs/heic/HEIFLibrary.h"
 
-#include <new>
-
 #include "codecs/ImageLimits.h"
 #include "platform/foundation/Memory.h"
 
@@ -40,23 +38,20 @@ void check(const heif_error& error) {
 }
 
 HEIFContext makeContext() {
-  HEIFContext context(heif_context_alloc());
-  if (context == nullptr) throw std::bad_alloc();
+  HEIFContext context = owned<HEIFContext>(heif_context_alloc());
   heif_context_set_max_decoding_threads(context.get(), 0);
   setLimits(context.get());
   return context;
 }
 
 HEIFDecodingOptions makeDecodingOptions() {
-  HEIFDecodingOptions options(heif_decoding_options_alloc());
-  if (options == nullptr) throw std::bad_alloc();
+  HEIFDecodingOptions options = owned<HEIFDecodingOptions>(heif_decoding_options_alloc());
   options->strict_decoding = 1;
   return options;
 }
 
 HEIFEncodingOptions makeEncodingOptions() {
-  HEIFEncodingOptions options(heif_encoding_options_alloc());
-  if (options == nullptr) throw std::bad_alloc();
+  HEIFEncodingOptions options = owned<HEIFEncodingOptions>(heif_encoding_options_alloc());
   // libheif 1.15 omits code points by default, as iOS 12 could not read them. Write them.
   options->macOS_compatibility_workaround_no_nclx_profile = 0;
   return options;

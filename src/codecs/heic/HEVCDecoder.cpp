@@ -7,6 +7,7 @@
 #include <new>
 #include <vector>
 
+#include "codecs/ISOBaseMedia.h"
 #include "codecs/ImageLimits.h"
 #include "codecs/heic/HEIFLibrary.h"
 #include "codecs/heic/HEVCPlane.h"
@@ -92,8 +93,7 @@ void releaseBuffer(de265_decoder_context*, de265_image* image, void*) { delete p
 /// sample adaptive offset is disabled, and reads that setting again before it applies the offset:
 /// it is disabled here, and enabled again by `getBuffer`.
 ContextHandle makeContext() {
-  ContextHandle context(de265_new_decoder());
-  if (context == nullptr) throw std::bad_alloc();
+  ContextHandle context = owned<ContextHandle>(de265_new_decoder());
   de265_image_allocation allocation{getBuffer, releaseBuffer};
   de265_set_image_allocation_functions(context.get(), &allocation, context.get());
   de265_set_parameter_bool(context.get(), DE265_DECODER_PARAM_DISABLE_SAO, 1);
@@ -106,8 +106,7 @@ ContextHandle makeContext() {
 /// Copies the colour description of the stream's video usability information. Reserved values
 /// become unspecified (2).
 void setColorProfile(heif_image* to, const de265_image* from) {
-  const HEIFColorProfile profile(heif_nclx_color_profile_alloc());
-  if (profile == nullptr) throw std::bad_alloc();
+  const auto profile = owned<HEIFColorProfile>(heif_nclx_color_profile_alloc());
   const auto set = [&](auto setter, int value) {
     const heif_error error = setter(profile.get(), static_cast<std::uint16_t>(value));
     if (error.code != heif_error_Ok) setter(profile.get(), 2);
@@ -161,16 +160,14 @@ HEIFImage converted(const de265_image* from) {
 
 /// Pushes NAL units, each of which comes after its length in four bytes.
 void pushUnits(de265_decoder_context* context, ByteView data) {
-  while (!data.empty()) {
-    if (data.size() < 4) throw Refusal{"stray bytes after a NAL unit"};
-    const std::size_t length = std::size_t{data[0]} << 24 | std::size_t{data[1]} << 16 |
-                               std::size_t{data[2]} << 8 | data[3];
-    data = data.subspan(4);
-    if (length > data.size()) throw Refusal{"a NAL unit is cut short"};
+  for (ISOBaseMedia::Cursor units(data); !units.atEnd();) {
+    if (units.rest().size() < 4) throw Refusal{"stray bytes after a NAL unit"};
+    const std::uint64_t length = units.number(4);
+    const ByteView unit = units.take(length);
+    if (unit.size() < length) throw Refusal{"a NAL unit is cut short"};
     const de265_error error =
-        de265_push_NAL(context, data.data(), static_cast<int>(length), 0, nullptr);
+        de265_push_NAL(context, unit.data(), static_cast<int>(length), 0, nullptr);
     if (error != DE265_OK) throw Refusal{de265_get_error_text(error)};
-    data = data.subspan(length);
   }
 }
 

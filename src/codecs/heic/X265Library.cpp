@@ -2,10 +2,10 @@
 
 #include <cstddef>
 #include <mutex>
-#include <new>
 #include <stdexcept>
 #include <thread>
 
+#include "platform/foundation/Handle.h"
 #include "platform/foundation/Memory.h"
 
 namespace orvane::X265Library {
@@ -32,8 +32,7 @@ const x265_api& api() {
 }
 
 Param makeParam(const char* preset, const char* tuning, const char* profile) {
-  Param param(api().param_alloc());
-  if (param == nullptr) throw std::bad_alloc();
+  Param param = owned<Param>(api().param_alloc());
   if (api().param_default_preset(param.get(), preset, tuning) != 0 ||
       api().param_apply_profile(param.get(), profile) != 0) {
     throw std::runtime_error("x265 lacks a preset or a profile");
@@ -46,8 +45,7 @@ void setOption(x265_param& param, const char* name, const char* value) {
 }
 
 Picture makePicture(x265_param& param) {
-  Picture picture(api().picture_alloc());
-  if (picture == nullptr) throw std::bad_alloc();
+  Picture picture = owned<Picture>(api().picture_alloc());
   api().picture_init(&param, picture.get());
   return picture;
 }

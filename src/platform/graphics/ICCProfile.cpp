@@ -40,8 +40,7 @@ bool isLinear(const ProfileHandle& profile) {
 }
 
 ProfileHandle withCurve(const ProfileHandle& matrix, const ToneCurveHandle& curve) {
-  ProfileHandle profile(cmsCreateProfilePlaceholder(nullptr));
-  if (!profile) throw std::bad_alloc();
+  ProfileHandle profile = owned<ProfileHandle>(cmsCreateProfilePlaceholder(nullptr));
   cmsSetProfileVersion(profile.get(), 4.3);
   cmsSetDeviceClass(profile.get(), cmsSigDisplayClass);
   cmsSetColorSpace(profile.get(), cmsSigRgbData);
