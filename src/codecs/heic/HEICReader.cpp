@@ -99,11 +99,6 @@ void interleave(const heif_image* source, Image& target) {
   }
 }
 
-std::size_t side(int length) {
-  if (length <= 0) throw UnreadableImage("a picture without a size");
-  return static_cast<std::size_t>(length);
-}
-
 /// Whether all planes have this size. Alpha is a picture of its own in the file and may have
 /// another one.
 bool planesAgree(const heif_image* image, std::size_t width, std::size_t height) {
@@ -135,8 +130,9 @@ class HEICSource final : public ImageSource {
     HEIFLibrary::check(heif_context_get_primary_image_handle(context_.get(), &primary));
     handle_.reset(primary);
     const bool deep = heif_image_handle_get_luma_bits_per_pixel(primary) > 8;
-    setSize(side(heif_image_handle_get_width(primary)), side(heif_image_handle_get_height(primary)),
-            deep ? 8 : 4);
+    // A negative side is past the limits as well.
+    setSize(static_cast<std::uint64_t>(heif_image_handle_get_width(primary)),
+            static_cast<std::uint64_t>(heif_image_handle_get_height(primary)), deep ? 8 : 4);
     setOrientation(derivedTransformations().orientation());
     setFrameCount(static_cast<std::size_t>(
         std::max(1, heif_context_get_number_of_top_level_images(context_.get()))));
