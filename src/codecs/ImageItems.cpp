@@ -199,9 +199,10 @@ std::optional<std::string_view> ImageItems::coding() const {
 void ImageItems::checkReferences() const { ItemReferences(iref_).check(primary_, areasOf(iprp_)); }
 
 void ImageItems::addTransformations(TransformativeProperties& properties) const {
-  for (const std::uint32_t derivation : std::views::reverse(derivations_)) {
+  // Not std::views::reverse, which clang 14 cannot compile with GCC 12's library.
+  for (auto derivation = derivations_.rbegin(); derivation != derivations_.rend(); ++derivation) {
     visitAssociations(iprp_, [&](std::uint32_t item, const Box& property) {
-      if (item == derivation) add(property, properties);
+      if (item == *derivation) add(property, properties);
     });
   }
 }

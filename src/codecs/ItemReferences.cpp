@@ -11,11 +11,11 @@ namespace {
 using ISOBaseMedia::Cursor;
 
 /// Eight for each of the 256 × 256 tiles that a grid can have (ISO/IEC 23008-12, 6.6.2.3.2).
-constexpr std::size_t maximumReferences = 8 * 65536;
+constexpr std::size_t maximumReferences = std::size_t{8} * 65536;
 
 /// The pixels that one decoding costs at the least: those of the smallest tile that ISO/IEC
 /// 23000-22, 7.3.11.4.2 allows.
-constexpr std::uint64_t smallestCost = 64 * 64;
+constexpr std::uint64_t smallestCost = std::uint64_t{64} * 64;
 
 /// Pixels that every picture may cost: a small picture may be cut out of one large tile.
 constexpr std::uint64_t freeCost = std::uint64_t{1} << 26;

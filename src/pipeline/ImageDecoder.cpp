@@ -14,7 +14,7 @@ namespace {
 
 /// Decodes the first picture, not turned yet, into a space that 8 bits are enough for.
 Image decode(ImageSource& source) {
-  const Image image = source.image();
+  Image image = source.image();
   if (!image.colorSpace->isLinear()) return image;
   constexpr std::size_t encodedBytesPerPixel = 8;
   ImageLimits::check(image.width, image.height, encodedBytesPerPixel);

@@ -43,9 +43,7 @@ TEST_F(FileIdentityTest, knowsAMissingFileByItsFolderAndName) {
   for (const char* name : {"NONE", "same/none", "broken", "twice"}) EXPECT_EQ(of(name), of("none"));
 }
 
-TEST_F(FileIdentityTest, isNothingWithoutAFolder) {
-  EXPECT_EQ(of("none/a"), std::nullopt);
-}
+TEST_F(FileIdentityTest, isNothingWithoutAFolder) { EXPECT_EQ(of("none/a"), std::nullopt); }
 
 TEST_F(FileIdentityTest, comesToAnEndWhereLinksGoInCircles) {
   fs::create_symlink("left", folder / "right");
