@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ranges>
+#include <span>
 
 #include "codecs/ItemReferences.h"
 #include "codecs/UnreadableImage.h"
@@ -23,15 +24,20 @@ std::uint32_t takeIdentifier(Cursor& cursor, std::size_t size) {
   return static_cast<std::uint32_t>(cursor.number(size));
 }
 
-std::size_t identifierSizeOfPrimary(ByteView pitm) {
-  Cursor cursor(pitm);
-  return identifierSize(takeFullBoxHeader(cursor).version, 1);
+/// Takes the bytes of an identifier; none where the box ends before their last.
+ByteView takeIdentifierBytes(Cursor& cursor, std::size_t size) {
+  const ByteView bytes = cursor.take(size);
+  return bytes.size() < size ? ByteView() : bytes;
 }
 
-std::uint32_t primaryIdentifier(ByteView pitm) {
+std::uint32_t identifierIn(ByteView bytes) {
+  Cursor cursor(bytes);
+  return takeIdentifier(cursor, bytes.size());
+}
+
+ByteView bytesOfPrimary(ByteView pitm) {
   Cursor cursor(pitm);
-  cursor.take(4);  // version and flags
-  return takeIdentifier(cursor, identifierSizeOfPrimary(pitm));
+  return takeIdentifierBytes(cursor, identifierSize(takeFullBoxHeader(cursor).version, 1));
 }
 
 /// A box among the item information entries. Those of the first versions have no type.
@@ -61,9 +67,10 @@ void visitEntries(ByteView iinf, Visit visit) {
   while (!entries.atEnd()) visit(takeEntry(entries));
 }
 
-/// Empty when the item has no entry with a type.
+/// Empty when the item has no entry with a type, and for item 0, which stands for nothing.
 std::string_view itemType(ByteView iinf, std::uint32_t item) {
   std::string_view found;
+  if (item == 0) return found;
   visitEntries(iinf, [&](const Entry& entry) {
     if (entry.item == item && found.empty()) found = entry.type;
   });
@@ -148,24 +155,38 @@ void add(const Box& property, TransformativeProperties& to) {
 
 // MARK: Changes
 
-/// Writes a big-endian number of that many bytes.
-void put(std::uint8_t* at, std::uint64_t value, std::size_t byteCount) {
-  for (; byteCount > 0; value >>= 8) at[--byteCount] = static_cast<std::uint8_t>(value);
+/// Writes a big-endian number over all of `bytes`. Throws UnreadableImage when they cannot hold it.
+void put(std::span<std::uint8_t> bytes, std::uint64_t value) {
+  for (std::uint8_t& byte : std::views::reverse(bytes)) {
+    byte = static_cast<std::uint8_t>(value);
+    value >>= 8;
+  }
+  if (value != 0) throw UnreadableImage("a number that does not fit");
+}
+
+/// The place of `part`, some bytes of `file`, in a copy of the file.
+std::span<std::uint8_t> placeIn(Bytes& copy, ByteView file, ByteView part) {
+  if (part.empty()) return {};
+  return std::span(copy).subspan(static_cast<std::size_t>(part.data() - file.data()), part.size());
 }
 
 /// Writes the content of `iinf` without its `count` identity derivations to `out`: what remains
 /// moves together, and a free space box, which the new number of entries leaves out, takes the end.
-void writeWithoutIdentities(ByteView iinf, std::uint64_t count, std::uint8_t* out) {
-  std::uint8_t* const end = out + iinf.size();
+/// Each entry taken out makes room for that box, which is smaller.
+void writeWithoutIdentities(ByteView iinf, std::uint64_t count, std::span<std::uint8_t> out) {
   Cursor cursor(iinf);
   const std::size_t countSize = identifierSize(takeFullBoxHeader(cursor).version, 1);
-  put(out + 4, cursor.number(countSize) - count, countSize);
-  out += 4 + countSize;
+  const std::uint64_t listed = cursor.number(countSize);
+  if (listed < count) throw UnreadableImage("a list of fewer items than it holds");
+  put(out.subspan(4, countSize), listed - count);
+  out = out.subspan(4 + countSize);
   visitEntries(iinf, [&](const Entry& entry) {
-    if (entry.type != "iden") out = std::ranges::copy(entry.box, out).out;
+    if (entry.type == "iden") return;
+    std::ranges::copy(entry.box, out.begin());
+    out = out.subspan(entry.box.size());
   });
-  put(out, static_cast<std::uint64_t>(end - out), 4);
-  std::ranges::copy(std::string_view("free"), out + 4);
+  put(out.first(4), out.size());
+  std::ranges::copy(std::string_view("free"), out.begin() + 4);
 }
 
 }  // namespace
@@ -178,7 +199,7 @@ ImageItems::ImageItems(ByteView file) : file_(file) {
   iinf_ = findBox(meta.rest(), "iinf");
   iref_ = findBox(meta.rest(), "iref");
   iprp_ = findBox(meta.rest(), "iprp");
-  primary_ = shown_ = primaryIdentifier(pitm_);
+  primary_ = shown_ = identifierIn(bytesOfPrimary(pitm_));
   while (shown_ != 0 && derivations_.size() < ItemReferences::maximumLevels &&
          itemType(iinf_, shown_) == "iden") {
     const std::uint32_t source = firstSource(iref_, shown_);
@@ -190,7 +211,7 @@ ImageItems::ImageItems(ByteView file) : file_(file) {
 
 std::optional<std::string_view> ImageItems::coding() const {
   const std::string_view type = itemType(iinf_, shown_);
-  if (shown_ == 0 || type.empty()) return std::nullopt;
+  if (type.empty()) return std::nullopt;
   if (type != "grid") return type;
   const std::string_view tileType = itemType(iinf_, firstSource(iref_, shown_));
   return tileType.empty() ? type : tileType;
@@ -211,12 +232,8 @@ Bytes ImageItems::withoutIdentities() const {
   const std::uint64_t count = countIdentities(iinf_);
   if (count == 0) return {};
   Bytes file(file_.begin(), file_.end());
-  writeWithoutIdentities(iinf_, count, file.data() + (iinf_.data() - file_.data()));
-  if (shown_ != primary_) {
-    const std::size_t size = identifierSizeOfPrimary(pitm_);
-    if (size == 2 && shown_ > 0xFFFF) throw UnreadableImage("an identifier that does not fit");
-    put(file.data() + (pitm_.data() - file_.data()) + 4, shown_, size);
-  }
+  writeWithoutIdentities(iinf_, count, placeIn(file, file_, iinf_));
+  put(placeIn(file, file_, bytesOfPrimary(pitm_)), shown_);
   return file;
 }
 

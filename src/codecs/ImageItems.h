@@ -35,7 +35,7 @@ class ImageItems {
 
   /// The file for libraries that do not know identity derivations: it lists none of them, and the
   /// shown item is the primary one. Empty when the file has none. Throws UnreadableImage when the
-  /// identifier of the shown item does not fit into its box.
+  /// identifier of the shown item does not fit into its box or the list holds more than it counts.
   Bytes withoutIdentities() const;
 
  private:

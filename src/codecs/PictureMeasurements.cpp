@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ranges>
 
 #include "codecs/OpaqueRows.h"
 
@@ -28,10 +27,11 @@ bool holdsEdge(const std::uint8_t* upper, const std::uint8_t* lower) {
   const std::array pixels{upper, upper + 4, lower, lower + 4};
   // The range of a weighted sum: T.871's Cb and Cr in 256ths, without their offset.
   const auto range = [&](int red, int green, int blue) {
-    const auto [least, greatest] =
-        std::ranges::minmax(pixels | std::views::transform([&](const std::uint8_t* pixel) {
-                              return (red * pixel[0] + green * pixel[1] + blue * pixel[2]) / 256;
-                            }));
+    std::array<int, pixels.size()> sums;
+    std::ranges::transform(pixels, sums.begin(), [&](const std::uint8_t* pixel) {
+      return (red * pixel[0] + green * pixel[1] + blue * pixel[2]) / 256;
+    });
+    const auto [least, greatest] = std::ranges::minmax(sums);
     return greatest - least;
   };
   return std::max(range(-43, -85, 128), range(128, -107, -21)) > edge;

@@ -151,12 +151,33 @@ TEST(ImageItems, refusesAnIdentifierThatThePrimaryItemBoxCannotHold) {
   EXPECT_THROW(items.withoutIdentities(), UnreadableImage);
 }
 
-TEST(ImageItems, followsNoDerivationOfItemZeroWhenThereIsNoPrimaryItem) {
-  const std::string file = ftyp("mif1") + meta(iinf({infe(2, 0, "iden"), infe(2, 1, "hvc1")}) +
-                                               iref({reference("dimg", 0, {1})}));
-  const ImageItems items(view(file));
-  EXPECT_EQ(items.coding(), std::nullopt);
-  EXPECT_EQ(items.withoutIdentities().size(), file.size());
+TEST(ImageItems, derivesNothingFromItem0WithoutAPrimaryItem) {
+  for (const char* coding : {"hvc1", "av01"}) {
+    const std::string boxes =
+        iinf({infe(2, 0, "iden"), infe(2, 5, coding)}) + iref({reference("dimg", 0, {5})});
+    // The primary item box is absent, lacks its identifier or half of it, or names item 0.
+    for (const std::string& last : {std::string(), box("pitm", ""), box("pitm", bigEndian(0, 4)),
+                                    box("pitm", bigEndian(0, 5)), pitm(0)}) {
+      const std::string file = ftyp("mif1heicavif") + meta(boxes + last);
+      const ImageItems items(view(file));
+      EXPECT_EQ(items.shown(), 0u);
+      EXPECT_EQ(items.coding(), std::nullopt);
+      EXPECT_EQ(items.withoutIdentities().size(), file.size());
+      EXPECT_THROW(ImageSource::create(view(file)), UnreadableImage);
+    }
+  }
+}
+
+TEST(ImageItems, refusesAListOfFewerItemsThanItHolds) {
+  const std::string entries = infe(2, 1, "iden") + infe(2, 2, "hvc1");
+  const std::string references = iref({reference("dimg", 1, {2})});
+  const auto withCount = [&](int count) {
+    return ftyp("heic") +
+           meta(pitm(1) + fullBox("iinf", 0, bigEndian(count, 2) + entries) + references);
+  };
+  const std::string empty = withCount(0), right = withCount(2);
+  EXPECT_NO_THROW(ImageItems(view(right)).withoutIdentities());
+  EXPECT_THROW(ImageItems(view(empty)).withoutIdentities(), UnreadableImage);
 }
 
 TEST(ImageItems, refusesMoreDecodingsThanAPictureOfItsSizeCanNeed) {
