@@ -77,9 +77,9 @@ class ItemReferences::Survey {
   Extent measured(std::uint32_t item, int level) {
     Extent result{0, std::max(area(item), smallestCost)};
     if (level > maximumLevels) return result;
-    for (const Reference& reference :
-         std::ranges::equal_range(references_, item, {}, &Reference::from)) {
-      const Extent below = extent(reference.to, level + 1);
+    auto reference = std::ranges::lower_bound(references_, item, {}, &Reference::from);
+    for (; reference != references_.end() && reference->from == item; ++reference) {
+      const Extent below = extent(reference->to, level + 1);
       result.levels = std::max(result.levels, below.levels + 1);
       result.cost = std::min(result.cost + below.cost, greatestCost);
     }
