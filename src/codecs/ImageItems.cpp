@@ -1,6 +1,7 @@
 #include "codecs/ImageItems.h"
 
 #include <algorithm>
+#include <array>
 #include <ranges>
 #include <span>
 
@@ -94,6 +95,24 @@ std::uint32_t firstSource(ByteView iref, std::uint32_t item) {
     return cursor.number(2) == 0 ? 0 : takeIdentifier(cursor, size);
   }
   return 0;
+}
+
+/// Calls `visit(bytes)` for each identifier in the references from and to auxiliary pictures,
+/// thumbnails and metadata of an item and in its marks of premultiplied colours.
+template <class Visit>
+void visitBelonging(ByteView iref, Visit visit) {
+  Cursor references(iref);
+  const std::size_t size = identifierSize(takeFullBoxHeader(references).version, 1);
+  while (!references.atEnd()) {
+    const Box reference = takeBox(references);
+    constexpr std::array<std::string_view, 4> types{"auxl", "thmb", "cdsc", "prem"};
+    if (std::ranges::find(types, reference.type) == types.end()) continue;
+    Cursor cursor(reference.content);
+    visit(takeIdentifierBytes(cursor, size));
+    for (std::uint64_t left = cursor.number(2); left > 0 && !cursor.atEnd(); --left) {
+      visit(takeIdentifierBytes(cursor, size));
+    }
+  }
 }
 
 // MARK: Properties
@@ -234,6 +253,11 @@ Bytes ImageItems::withoutIdentities() const {
   Bytes file(file_.begin(), file_.end());
   writeWithoutIdentities(iinf_, count, placeIn(file, file_, iinf_));
   put(placeIn(file, file_, bytesOfPrimary(pitm_)), shown_);
+  visitBelonging(iref_, [&](ByteView bytes) {
+    if (std::ranges::find(derivations_, identifierIn(bytes)) == derivations_.end()) return;
+    put(placeIn(file, file_, bytes), shown_);
+  });
+  ImageItems(file).checkReferences();
   return file;
 }
 

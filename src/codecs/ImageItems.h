@@ -33,9 +33,11 @@ class ImageItems {
   /// apply, to those of the shown item. Throws UnreadableImage for a crop that cannot be.
   void addTransformations(TransformativeProperties& properties) const;
 
-  /// The file for libraries that do not know identity derivations: it lists none of them, and the
-  /// shown item is the primary one. Empty when the file has none. Throws UnreadableImage when the
-  /// identifier of the shown item does not fit into its box or the list holds more than it counts.
+  /// The file for libraries that do not know identity derivations: it lists none of them, the shown
+  /// item is the primary one, and alpha, thumbnails and metadata of the derivations that led to it
+  /// are its own. Empty when the file has none. Throws UnreadableImage when the identifier of the
+  /// shown item does not fit into its box, the list holds more items than it counts, or the new
+  /// references fail `checkReferences`.
   Bytes withoutIdentities() const;
 
  private:

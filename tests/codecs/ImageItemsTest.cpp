@@ -102,6 +102,32 @@ TEST(ImageItems, followsIdentitiesToTheItemThatIsShown) {
   EXPECT_TRUE(ImageItems(patched).withoutIdentities().empty());
 }
 
+TEST(ImageItems, givesWhatBelongsToTheIdentitiesToTheItemThatIsShown) {
+  // Alpha, its mark of premultiplied colours, a thumbnail and metadata.
+  const auto belonging = [](std::uint32_t first, std::uint32_t second) {
+    return reference("auxl", 4, {first}) + reference("prem", first, {4}) +
+           reference("thmb", 5, {9, second}) + reference("cdsc", 6, {second, 3});
+  };
+  const std::string derivations = reference("dimg", 1, {2}) + reference("dimg", 2, {3});
+  const std::string file =
+      ftyp("mif1") +
+      meta(pitm(1) + iinf({infe(2, 1, "iden"), infe(2, 2, "iden"), infe(2, 3, "hvc1")}) +
+           iref({derivations, belonging(1, 2)}));
+  const Bytes patched = ImageItems(view(file)).withoutIdentities();
+  EXPECT_TRUE(std::string(patched.begin(), patched.end()).ends_with(belonging(3, 3)));
+}
+
+TEST(ImageItems, refusesACircleThatTheItemShownInPlaceOfAnIdentityCloses) {
+  // The alpha of the identity derivation 1 is a grid of the item that is shown.
+  const std::string file =
+      ftyp("mif1") +
+      meta(pitm(1) + iinf({infe(2, 1, "iden"), infe(2, 2, "hvc1"), infe(2, 3, "grid")}) +
+           iref({reference("dimg", 1, {2}), reference("dimg", 3, {2}), reference("auxl", 3, {1})}));
+  const ImageItems items(view(file));
+  EXPECT_NO_THROW(items.checkReferences());
+  EXPECT_THROW(items.withoutIdentities(), UnreadableImage);
+}
+
 TEST(ImageItems, takesOutIdentitiesThatAreNotShownToo) {
   const std::string file =
       ftyp("mif1") + meta(pitm(2) + iinf({infe(2, 1, "iden"), infe(2, 2, "hvc1")}) +

@@ -278,6 +278,18 @@ TEST(AVIFReader, addsTheTransformationsOfIdentityDerivationsToThoseOfTheNamedIte
   EXPECT_EQ(test::pixelAt(image, 0, 0), test::pixelAt(picture, 2 + 7, 3 + 3));
 }
 
+TEST(AVIFReader, keepsWhatBelongsToAnIdentityDerivation) {
+  Image picture = test::alphaGradientImage(24, 16);
+  picture.alpha = AlphaKind::premultiplied;
+  const Bytes file =
+      test::buildAVIF(picture, {.isPremultiplied = true, .exif = test::exifBlock(6)});
+  const auto item = static_cast<std::uint16_t>(test::primaryItem(file));
+  const Image image = decode(test::withIdentity(
+      test::withReferencesTo(file, item, 100, {"auxl", "prem", "cdsc"}), 100, {}));
+  EXPECT_EQ(image.alpha, AlphaKind::premultiplied);
+  EXPECT_EQ(test::maximumDifference(image, picture), 0);
+}
+
 TEST(AVIFReader, refusesItemsThatReferToThemselves) {
   const Bytes file = test::buildAVIF(test::gradientImage(24, 16));
   const std::uint32_t item = test::primaryItem(file);

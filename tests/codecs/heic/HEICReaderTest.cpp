@@ -257,6 +257,29 @@ TEST_F(HEICReader, addsTheTransformationsOfIdentityDerivationsToThoseOfTheNamedI
   EXPECT_EQ(test::pixelAt(image, 29, 19), test::pixelAt(picture, 6 + 25, 8 + 15 + 19));
 }
 
+TEST_F(HEICReader, keepsWhatBelongsToAnIdentityDerivation) {
+  Image picture = test::alphaGradientImage(64, 64);
+  picture.alpha = AlphaKind::premultiplied;
+  const Bytes file = test::buildHEIC(picture, {.exif = test::exifBlock(6)});
+  const auto item = static_cast<std::uint16_t>(test::primaryItem(file));
+  const Image image = decode(test::withIdentity(
+      test::withReferencesTo(file, item, 100, {"auxl", "prem", "cdsc"}), 100, {}));
+  EXPECT_EQ(image.alpha, AlphaKind::premultiplied);
+  EXPECT_EQ(test::maximumDifference(image, decode(file)), 0);
+}
+
+TEST_F(HEICReader, readsAnIdentityDerivationThatHasAThumbnail) {
+  const Image picture = test::noisyImage(96, 64);
+  const Bytes file = test::buildHEIC({picture, test::gradientImage(48, 32)});
+  const std::uint32_t item = test::primaryItem(file);
+  const Bytes identity =
+      test::withItems(file, {.added = {{100, "iden", {}}},
+                             .references = {test::reference("dimg", 100, {item}),
+                                            test::reference("thmb", item + 1, {100})},
+                             .primary = 100});
+  EXPECT_EQ(test::maximumDifference(decode(identity), picture), 0);
+}
+
 TEST_F(HEICReader, refusesACropOfAnIdentityDerivationThatReachesOutOfThePicture) {
   const Bytes file = test::buildHEIC(test::noisyImage(96, 64));
   EXPECT_THROW(open(test::withIdentity(file, 100, {test::clap(97, 64)})), UnreadableImage);
