@@ -6,6 +6,7 @@
 
 #include <cerrno>
 
+#include "platform/foundation/FileError.h"
 #include "platform/foundation/Text.h"
 
 namespace orvane::Console {
@@ -18,7 +19,8 @@ void waitForRoom(int descriptor) {
   poll(&waiting, 1, -1);
 }
 
-void write(int descriptor, std::string_view bytes) {
+/// Returns the number of the error that ended the writing, else 0.
+int write(int descriptor, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
     if (written >= 0) {
@@ -26,9 +28,10 @@ void write(int descriptor, std::string_view bytes) {
     } else if (errno == EAGAIN) {
       waitForRoom(descriptor);
     } else if (errno != EINTR) {
-      return;
+      return errno;
     }
   }
+  return 0;
 }
 
 }  // namespace
@@ -40,7 +43,10 @@ void openClosedStreams() {
   }
 }
 
-void print(std::string_view text) { write(STDOUT_FILENO, Text::wellFormed(text) + "\n"); }
+void print(std::string_view text) {
+  const int error = write(STDOUT_FILENO, Text::wellFormed(text) + "\n");
+  if (error != 0) throw FileError(error);
+}
 
 void printError(std::string_view text) { write(STDERR_FILENO, Text::wellFormed(text)); }
 

@@ -10,6 +10,7 @@
 #include "cli/QuietStandardError.h"
 #include "cli/Reports.h"
 #include "cli/Usage.h"
+#include "platform/foundation/FileError.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/LocalizedString.h"
 #include "profiles/ProfileCommand.h"
@@ -18,6 +19,10 @@ namespace orvane {
 namespace {
 
 enum ExitStatus { success = 0, failure = 1, usageError = 64 };  // 64: EX_USAGE of sysexits.h
+
+void printFailure(const std::exception& error) {
+  Console::printError(std::string("Erreur : ") + error.what() + "\n");
+}
 
 ExitStatus runProfileCreation(const std::vector<std::string>& arguments) try {
   Console::print(runProfileCommand(arguments));
@@ -44,7 +49,11 @@ ExitStatus runCompression(const std::vector<std::string>& arguments) try {
              : success;
 } catch (const CLIError& error) {
   Console::printError("Erreur : " + error.localizedDescription() + "\n\n");
-  printUsage();
+  try {
+    printUsage();
+  } catch (const FileError& unwritable) {
+    printFailure(unwritable);
+  }
   return usageError;
 }
 
@@ -59,6 +68,6 @@ int main(int argc, char** argv) try {
   const bool createsProfile = !arguments.empty() && arguments.front() == "--create-profile";
   return createsProfile ? orvane::runProfileCreation(arguments) : orvane::runCompression(arguments);
 } catch (const std::exception& error) {
-  orvane::Console::printError(std::string("Erreur : ") + error.what() + "\n");
+  orvane::printFailure(error);
   return orvane::failure;
 }

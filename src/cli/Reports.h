@@ -6,10 +6,11 @@
 
 namespace orvane {
 
-/// Prints the JSON report on standard output, or nothing when it cannot be encoded.
+/// Prints the JSON report on standard output, or nothing when it cannot be encoded. Throws
+/// FileError.
 void printJSON(std::span<const ImageCompressionResult> results);
 
-/// Prints the readable report on standard output.
+/// Prints the readable report on standard output. Throws FileError.
 void printHumanReadable(std::span<const ImageCompressionResult> results);
 
 }  // namespace orvane

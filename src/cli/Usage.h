@@ -8,7 +8,7 @@ namespace orvane {
 /// The help text, without a newline at its end.
 std::string usageText(std::int64_t processorCount);
 
-/// Prints the help text for this machine on standard output.
+/// Prints the help text for this machine on standard output. Throws FileError.
 void printUsage();
 
 }  // namespace orvane

@@ -353,12 +353,17 @@ TEST_F(CompressionEndToEnd, keepsTheBytesOfABadName) {
 
 TEST_F(CompressionEndToEnd, writesItsFilesWhereTheReportCannotBeWritten) {
   write("a.png", pngFile(test::gradientImage(8, 8)));
-  for (const test::Output output : {test::Output::closed, test::Output::full}) {
-    const ToolRun run = tool.run({"a.png", "--output", "out"}, output);
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(formatOf("out/a.jpg"), ImageFormat::jpeg);
-    fs::remove_all(tool.folder / "out");
+  const ToolRun closed = tool.run({"a.png", "--output", "closed"}, test::Output::closed);
+  EXPECT_EQ(closed.status, 0);
+  EXPECT_EQ(closed.errors, "");
+  EXPECT_EQ(formatOf("closed/a.jpg"), ImageFormat::jpeg);
+  for (const Names& form : {Names{}, Names{"--json"}}) {
+    Names arguments{"a.png", "--output", "full" + std::to_string(form.size())};
+    arguments.insert(arguments.end(), form.begin(), form.end());
+    const ToolRun full = tool.run(arguments, test::Output::full);
+    EXPECT_EQ(full.status, 1);
+    EXPECT_EQ(full.errors, "Erreur : " + std::string(std::strerror(ENOSPC)) + "\n");
+    EXPECT_EQ(formatOf(arguments[2] + "/a.jpg"), ImageFormat::jpeg);
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <regex>
 
 #include "platform/foundation/FileURL.h"
@@ -261,6 +263,14 @@ TEST_F(ProfileCreationEndToEnd, writesNumbersInTheCLocale) {
   expectCreated({"Web", "--format", "png", "--quality", "62.5"},
                 "Profil « Web » enregistré (png, qualité 62).");
   EXPECT_NE(profilesText().find("\"quality\":62.5,"), std::string::npos);
+}
+
+TEST_F(ProfileCreationEndToEnd, saysWhyItsConfirmationCannotBeWritten) {
+  const ToolRun run = tool.run({"--create-profile", "Web", "--format", "png", "--quality", "80"},
+                               test::Output::full);
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.errors, "Erreur : " + std::string(std::strerror(ENOSPC)) + "\n");
+  EXPECT_NE(profilesText().find("\"Web\""), std::string::npos);
 }
 
 TEST_F(ProfileCreationEndToEnd, saysNothingWhereStandardOutputIsClosed) {

@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <cerrno>
+#include <cstring>
+
 #include "platform/foundation/ProcessInfo.h"
 #include "support/FrenchLocale.h"
 #include "support/RunTool.h"
@@ -118,13 +121,22 @@ TEST_F(UsageEndToEnd, anUnknownProfileIsNamedBeforeAnyFileIsTouched) {
   expectUsageError({"a.png", "--profile", "--json"}, "Profil introuvable : --json");
 }
 
-TEST_F(UsageEndToEnd, theStatusIsRightWhereTheHelpCannotBeWritten) {
+TEST_F(UsageEndToEnd, aClosedStandardOutputIsNoError) {
   using test::Output;
   EXPECT_EQ(tool.run({"--help"}, Output::closed).status, 0);
-  EXPECT_EQ(tool.run({"--help"}, Output::full).status, 0);
   const test::ToolRun run = tool.run({}, Output::closed);
   EXPECT_EQ(run.status, 64);
   EXPECT_EQ(run.errors, "Erreur : Aucun fichier à compresser.\n\n");
+}
+
+TEST_F(UsageEndToEnd, theReasonIsToldWhereTheHelpCannotBeWritten) {
+  const std::string reason = "Erreur : " + std::string(std::strerror(ENOSPC)) + "\n";
+  const test::ToolRun asked = tool.run({"--help"}, test::Output::full);
+  EXPECT_EQ(asked.status, 1);
+  EXPECT_EQ(asked.errors, reason);
+  const test::ToolRun misused = tool.run({}, test::Output::full);
+  EXPECT_EQ(misused.status, 64);
+  EXPECT_EQ(misused.errors, "Erreur : Aucun fichier à compresser.\n\n" + reason);
 }
 
 TEST_F(UsageEndToEnd, aReaderThatLeavesEndsTheProgramAsAnyOther) {
