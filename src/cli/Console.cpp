@@ -48,6 +48,8 @@ void print(std::string_view text) {
   if (error != 0) throw FileError(error);
 }
 
+bool printsToTerminal() { return isatty(STDOUT_FILENO) == 1; }
+
 void printError(std::string_view text) { write(STDERR_FILENO, Text::wellFormed(text)); }
 
 }  // namespace orvane::Console

@@ -13,6 +13,9 @@ void openClosedStreams();
 /// Writes `text` and a newline to standard output. Throws FileError.
 void print(std::string_view text);
 
+/// Whether standard output is a terminal, which obeys control characters.
+bool printsToTerminal();
+
 /// Writes `text` to standard error, in one write. Ignores failures, for they cannot be told.
 void printError(std::string_view text);
 

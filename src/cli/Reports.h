@@ -10,7 +10,8 @@ namespace orvane {
 /// FileError.
 void printJSON(std::span<const ImageCompressionResult> results);
 
-/// Prints the readable report on standard output. Throws FileError.
+/// Prints the readable report on standard output. On a terminal, the control characters of names
+/// are replaced by "?". Throws FileError.
 void printHumanReadable(std::span<const ImageCompressionResult> results);
 
 }  // namespace orvane

@@ -135,6 +135,27 @@ TEST_F(FailureReportEndToEnd, isDroppedWhereStandardOutputIsClosed) {
   EXPECT_EQ(run.errors, "");
 }
 
+TEST_F(FailureReportEndToEnd, showsNoControlCharacterToATerminal) {
+  const std::string name = "a\n\x1b[31m\x7f\u009b2J\xC2 é.png";
+  const std::vector<std::string> arguments{name, "--output", "out"};
+  const std::string rest = " : échec — " + missing + "\n\n1 fichier(s) traité(s), 1 échec(s).\n";
+  EXPECT_EQ(tool.run(arguments, test::Output::terminal).output, "a??[31m??2J\uFFFD é.png" + rest);
+  EXPECT_EQ(tool.run(arguments).output, "a\n\x1b[31m\x7f\u009b2J\uFFFD é.png" + rest);
+}
+
+TEST_F(FailureReportEndToEnd, showsNoControlCharacterOfTheOutputFolderToATerminal) {
+  test::writeFile(tool.folder / "a.png", test::buildPNG({.pixelAt = [](auto, auto) {
+                    return test::Pixel{1, 2, 3, 4};
+                  }}));
+  test::writeFile(tool.folder / "a\tfile", "");
+  const auto report = [&](const std::string& folder) {
+    return tool.run({"a.png", "--format", "png", "--output", folder}, test::Output::terminal)
+        .output;
+  };
+  EXPECT_NE(report("out\x1b").find(" → " + tool.folder / "out?/a.png\n"), std::string::npos);
+  EXPECT_NE(report("a\tfile").find(" : échec — " + tool.folder / "a?file : "), std::string::npos);
+}
+
 TEST_F(FailureReportEndToEnd, readsInputsNamedLikeOneDash) {
   expectReport({"-v", "-", "--output", "--json"}, "-v : échec — " + missing +
                                                       "\n"

@@ -4,7 +4,9 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <stdlib.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <array>
@@ -30,7 +32,23 @@ Pipe makePipe(int flags) {
   return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
+/// The writer is the terminal, the reader the master that shows it.
+Pipe makeTerminal() {
+  Pipe pipe;
+  pipe.reader = Descriptor(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+  std::array<char, 128> name{};
+  if (grantpt(pipe.reader.number()) != 0 || unlockpt(pipe.reader.number()) != 0) check(errno);
+  check(ptsname_r(pipe.reader.number(), name.data(), name.size()));
+  pipe.writer = Descriptor(open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+  termios settings = {};
+  tcgetattr(pipe.writer.number(), &settings);
+  cfmakeraw(&settings);
+  if (tcsetattr(pipe.writer.number(), TCSANOW, &settings) != 0) check(errno);
+  return pipe;
+}
+
 Pipe outputPipe(Output output) {
+  if (output == Output::terminal) return makeTerminal();
   Pipe pipe = makePipe(0);
   if (output == Output::reluctant) {
     fcntl(pipe.writer.number(), F_SETPIPE_SZ, 4096);

@@ -25,6 +25,7 @@ struct ToolRun {
 enum class Output {
   captured,
   reluctant,  ///< captured by a pipe of one page that does not block its writer
+  terminal,   ///< captured by a terminal that passes every byte on as it is
   closed,
   full,        ///< a device without room
   readerGone,  ///< a pipe that nobody reads any more

@@ -42,6 +42,15 @@ std::string trimmed(std::string_view text) {
       text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)));
 }
 
+std::string withoutControlCharacters(std::string_view text) {
+  auto characters = icu::UnicodeString::fromUTF8(text);
+  for (std::int32_t at = 0; at < characters.length(); ++at) {
+    if (u_charType(characters[at]) == U_CONTROL_CHAR) characters.setCharAt(at, u'?');
+  }
+  std::string result;
+  return characters.toUTF8String(result);
+}
+
 std::string wellFormed(std::string_view text) {
   std::string result;
   icu::UnicodeString::fromUTF8(text).toUTF8String(result);

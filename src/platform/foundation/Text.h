@@ -5,8 +5,8 @@
 
 namespace orvane {
 
-/// Unicode text in UTF-8. `lowercased` and `equalsIgnoringCase` take bytes that are not UTF-8 for
-/// U+FFFD; no function throws on them.
+/// Unicode text in UTF-8. `lowercased`, `equalsIgnoringCase` and `withoutControlCharacters` take
+/// bytes that are not UTF-8 for U+FFFD; no function throws on them.
 namespace Text {
 
 /// Full Unicode lower-casing, root locale.
@@ -17,6 +17,9 @@ bool equalsIgnoringCase(std::string_view left, std::string_view right);
 
 /// `text` without the Unicode White_Space at both ends.
 std::string trimmed(std::string_view text);
+
+/// `text` with "?" for every control character (Unicode general category Cc).
+std::string withoutControlCharacters(std::string_view text);
 
 /// `text` with every maximal ill-formed sequence (Unicode 3.9, table 3-7) replaced by U+FFFD.
 std::string wellFormed(std::string_view text);

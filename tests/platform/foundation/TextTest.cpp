@@ -61,6 +61,15 @@ TEST(Text, trimsAroundBytesThatAreNotUTF8AndKeepsThem) {
   EXPECT_EQ(Text::trimmed(" \xFFx\xC3 "), "\xFFx\xC3");
 }
 
+TEST(Text, replacesControlCharactersAndNothingElse) {
+  EXPECT_EQ(Text::withoutControlCharacters("\x01\x1F \x7E\x7F\u0080\u009F\u00A0\0x"s),
+            "?? ~???\u00A0?x");
+  for (const std::string& text : {""s, "photo.png"s, "é 画像 🎞"s, "\u2028\u200D"s}) {
+    EXPECT_EQ(Text::withoutControlCharacters(text), text);
+  }
+  EXPECT_EQ(Text::withoutControlCharacters("\x9B\n\xE9"), "\uFFFD?\uFFFD");
+}
+
 TEST(Text, keepsWellFormedTextAsItIs) {
   for (const std::string& text : {""s, "photo.png"s, "é 画像 🎞"s, "a\0b"s, "\uFFFD"s}) {
     EXPECT_EQ(Text::wellFormed(text), text);
