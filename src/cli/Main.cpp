@@ -13,6 +13,7 @@
 #include "platform/foundation/FileError.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/LocalizedString.h"
+#include "platform/foundation/TemporaryNames.h"
 #include "profiles/ProfileCommand.h"
 
 namespace orvane {
@@ -42,6 +43,7 @@ ExitStatus runCompression(const std::vector<std::string>& arguments) try {
   const Options options = parseArguments(arguments);
   // Failure is ignored: each file then fails on its own when its output is written.
   Files::createFolders(options.outputDirectory.path());
+  TemporaryNames::removeLeftovers(options.outputDirectory.path());
   const auto results = compressQuietly(options);
   options.jsonOutput ? printJSON(results) : printHumanReadable(results);
   return std::ranges::any_of(results, [](const auto& result) { return result.error.has_value(); })

@@ -1,4 +1,5 @@
-// Runs that a signal ends while an output lies in the folder under its temporary name.
+// Runs that a signal ends while an output lies in the folder under its temporary name, and what a
+// later run does with the file that is left.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -31,34 +32,81 @@ test::Descriptor openOnceRead(const std::string& fifo) {
 
 bool isTemporary(const std::string& name) { return name.starts_with(".orvane-"); }
 
-struct SignalEndToEnd : testing::TestWithParam<int> {
+/// A batch in which the output of x/a.png waits under a temporary name until the FIFO a.png, which
+/// it will replace, has been read. The name exists before the FIFO is opened, and the FIFO holds
+/// the run.
+struct HeldBatch {
   test::Tool tool;
 
-  SignalEndToEnd() {
+  HeldBatch() {
     fs::create_directories(tool.folder / "x");
     test::writeFile(tool.folder / "x/a.png", test::buildPNG({.pixelAt = [](auto, auto) {
                       return test::Pixel{1, 2, 3, 4};
                     }}));
     EXPECT_EQ(mkfifo((tool.folder / "a.png").c_str(), 0600), 0);
   }
+
+  test::RunningTool start() const {
+    return tool.start({"x/a.png", "a.png", "--format", "png", "--output", ".", "--jobs", "2"});
+  }
+
+  std::ptrdiff_t temporaryCount() const {
+    return std::ranges::count_if(tool.folder.names(), isTemporary);
+  }
 };
 
+struct SignalEndToEnd : HeldBatch, testing::TestWithParam<int> {};
+
 TEST_P(SignalEndToEnd, endsTheRunAndLeavesNoTemporaryFile) {
-  // The output of x/a.png waits under a temporary name until the FIFO, which it will replace, has
-  // been read. The name exists before the FIFO is opened, and the FIFO holds the run.
-  test::RunningTool run =
-      tool.start({"x/a.png", "a.png", "--format", "png", "--output", ".", "--jobs", "2"});
+  test::RunningTool run = start();
   const test::Descriptor fifo = openOnceRead(tool.folder / "a.png");
   const bool isHeld = fifo.number() != -1;
-  const Names whileHeld = tool.folder.names();
+  const auto temporariesWhileHeld = temporaryCount();
   run.send(isHeld ? GetParam() : SIGKILL);
   const test::ToolRun ended = run.wait();
   ASSERT_TRUE(isHeld);
-  EXPECT_TRUE(std::ranges::any_of(whileHeld, isTemporary));
+  EXPECT_GT(temporariesWhileHeld, 0);
   EXPECT_EQ(ended.signal, GetParam());
   EXPECT_EQ(ended.output + ended.errors, "");
   EXPECT_EQ(tool.folder.names(), (Names{"a.png", "x"}));
   EXPECT_TRUE(fs::is_fifo(tool.folder / "a.png"));
+}
+
+struct LeftoversEndToEnd : HeldBatch, testing::Test {
+  /// Returns the names in the folder after the end.
+  Names killRun() const {
+    test::RunningTool run = start();
+    const test::Descriptor fifo = openOnceRead(tool.folder / "a.png");
+    EXPECT_NE(fifo.number(), -1);
+    run.send(SIGKILL);
+    EXPECT_EQ(run.wait().signal, SIGKILL);
+    return tool.folder.names();
+  }
+
+  test::ToolRun runBeside() const {
+    return tool.run({"x/a.png", "--format", "webp", "--output", "."});
+  }
+};
+
+TEST_F(LeftoversEndToEnd, areRemovedByTheNextRunIntoTheFolder) {
+  killRun();
+  EXPECT_GT(temporaryCount(), 0);
+  EXPECT_EQ(runBeside().status, 0);
+  EXPECT_EQ(tool.folder.names(), (Names{"a.png", "a.webp", "x"}));
+}
+
+TEST_F(LeftoversEndToEnd, areNotTheFilesOfARunUnderWay) {
+  test::RunningTool run = start();
+  {
+    const test::Descriptor fifo = openOnceRead(tool.folder / "a.png");
+    EXPECT_GT(temporaryCount(), 0);
+    EXPECT_EQ(runBeside().status, 0);
+    EXPECT_GT(temporaryCount(), 0);
+  }
+  // The FIFO was empty; the output that waited for it has its name.
+  EXPECT_EQ(run.wait().status, 1);
+  EXPECT_TRUE(fs::is_regular_file(tool.folder / "a.png"));
+  EXPECT_EQ(temporaryCount(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SignalEndToEnd, testing::Values(SIGINT, SIGTERM, SIGHUP),

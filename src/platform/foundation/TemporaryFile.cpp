@@ -15,7 +15,7 @@
 #include <utility>
 
 #include "platform/foundation/FileError.h"
-#include "platform/foundation/UUID.h"
+#include "platform/foundation/TemporaryNames.h"
 
 namespace orvane {
 namespace {
@@ -35,7 +35,7 @@ constinit std::atomic_flag listIsLocked;
 
 /// Does not contain the destination's name, which may already have the maximum length.
 std::string hiddenNameBeside(const std::string& path) {
-  return path.substr(0, path.rfind('/') + 1) + ".orvane-" + UUID::random().string();
+  return path.substr(0, path.rfind('/') + 1) + TemporaryNames::unique();
 }
 
 /// Follows symbolic links, for a link's own permissions mean nothing.
