@@ -1,7 +1,14 @@
 #include "profiles/JSONFileStore.h"
 
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <system_error>
+
 #include "platform/foundation/FileError.h"
 #include "platform/foundation/Files.h"
+#include "platform/foundation/FolderLock.h"
+#include "platform/foundation/TemporaryNames.h"
 #include "profiles/ExportProfileJSON.h"
 
 namespace orvane {
@@ -11,6 +18,37 @@ FileURL storeFolder() {
   const auto applicationSupport = Files::applicationSupportFolder();
   if (!applicationSupport) throw NoApplicationSupportFolderError();
   return FileURL::fromPath(*applicationSupport).appending("Orvane");
+}
+
+/// The path of the file behind symbolic links, which may be missing.
+std::string behindLinks(std::filesystem::path path) {
+  constexpr int mostLinks = 40;  // path_resolution(7)
+  std::error_code ignored;
+  for (int links = 0; links < mostLinks && std::filesystem::is_symlink(path, ignored); ++links) {
+    path = path.parent_path() / std::filesystem::read_symlink(path, ignored);
+  }
+  return path;
+}
+
+std::string pathOf(std::string_view filename) {
+  return behindLinks(JSONFileStore::folder().appending(filename).path());
+}
+
+/// No value when the file is missing, unreadable or malformed.
+std::optional<std::vector<ExportProfile>> readProfiles(const std::string& path) try {
+  return ExportProfileJSON::decode(Files::readWhole(path));
+} catch (const std::exception&) {
+  return std::nullopt;  // FileError or std::bad_alloc
+}
+
+/// Copies the file, when it exists, to a name that is free.
+void keepCopy(const std::string& path) {
+  const std::string copy = path + ".bak";
+  std::error_code error;
+  std::filesystem::copy_file(path, copy, error);
+  for (int number = 2; error == std::errc::file_exists; ++number) {
+    std::filesystem::copy_file(path, copy + std::to_string(number), error);
+  }
 }
 
 ByteView bytesOf(std::string_view text) {
@@ -34,20 +72,28 @@ void save(std::span<const ExportProfile> list, std::string_view filename) {
   if (!json) return;
   Files::createFolders(folder().path());
   try {
-    Files::writeAtomically(folder().appending(filename).path(), bytesOf(*json));
+    Files::writeAtomically(pathOf(filename), bytesOf(*json));
   } catch (const FileError&) {
     // By design: the profile command prints its confirmation all the same.
   }
 }
 
 std::vector<ExportProfile> loadProfiles() {
-  const FileURL file = folder().appending(profilesFilename);
-  try {
-    return ExportProfileJSON::decode(Files::readWhole(file.path()))
-        .value_or(std::vector<ExportProfile>());
-  } catch (const std::exception&) {
-    return {};  // FileError or std::bad_alloc
+  return readProfiles(pathOf(profilesFilename)).value_or(std::vector<ExportProfile>());
+}
+
+void updateProfiles(const std::function<void(std::vector<ExportProfile>&)>& change) {
+  Files::createFolders(folder().path());
+  const FolderLock lock(folder().path());
+  const std::string path = pathOf(profilesFilename);
+  TemporaryNames::removeLeftovers(std::filesystem::path(path).parent_path());
+  auto profiles = readProfiles(path);
+  if (!profiles) {
+    keepCopy(path);
+    profiles.emplace();
   }
+  change(*profiles);
+  save(*profiles, profilesFilename);
 }
 
 }  // namespace JSONFileStore

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -16,8 +17,9 @@ class NoApplicationSupportFolderError : public LocalizedError {
   NoApplicationSupportFolderError();
 };
 
-/// JSON files in the user's application-support folder. Several programs share them without a lock:
-/// each save replaces the whole file, and the last writer wins.
+/// JSON files in the user's application-support folder. Several programs share them: each save
+/// replaces the whole file, and the last writer wins. A file that is a symbolic link stays one; the
+/// file behind it is replaced.
 namespace JSONFileStore {
 
 inline constexpr std::string_view profilesFilename = "exportProfiles.json";
@@ -33,6 +35,12 @@ void save(std::span<const ExportProfile> list, std::string_view filename);
 /// The list in `profilesFilename`; empty when the file is missing, unreadable or malformed.
 /// Throws NoApplicationSupportFolderError only.
 std::vector<ExportProfile> loadProfiles();
+
+/// Loads the list, lets `change` change it and saves it. Other processes that call this wait
+/// meanwhile, so no change is lost. A file that is there but is no list is copied first, to the
+/// same name and ".bak", ".bak2" …, whichever is free. Failures are ignored by design.
+/// Throws NoApplicationSupportFolderError and what `change` throws.
+void updateProfiles(const std::function<void(std::vector<ExportProfile>&)>& change);
 
 }  // namespace JSONFileStore
 }  // namespace orvane

@@ -82,9 +82,7 @@ std::string createProfile(const std::string& name, const OptionalText& formatRaw
                               .format = parsedFormat(formatRaw),
                               .quality = parsedQuality(qualityRaw),
                               .destinationFolderURL = parsedFolderURL(outputRaw)};
-  auto profiles = JSONFileStore::loadProfiles();
-  insert(profile, profiles);
-  JSONFileStore::save(profiles, JSONFileStore::profilesFilename);
+  JSONFileStore::updateProfiles([&](auto& profiles) { insert(profile, profiles); });
   return confirmation(profile);
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <regex>
@@ -148,6 +149,33 @@ TEST_F(ProfileCreationEndToEnd, replacesABrokenFile) {
     EXPECT_EQ(profilesWithoutNewIDs(),
               R"([{"id":"<new>","name":"A","format":"png","quality":100,"isDefault":false}])");
   }
+}
+
+TEST_F(ProfileCreationEndToEnd, keepsACopyOfEveryBrokenFile) {
+  const fs::path store = tool.profileFile().parent_path();
+  writeProfiles("[{broken}]");
+  fs::permissions(tool.profileFile(), fs::perms::owner_read | fs::perms::owner_write);
+  for (const std::string broken : {"first", "second", "third"}) {
+    test::writeFile(tool.profileFile(), broken);
+    EXPECT_EQ(create({"A", "--format", "png", "--quality", "80"}).status, 0);
+  }
+  EXPECT_EQ(create({"B", "--format", "png", "--quality", "80"}).status, 0);
+  Arguments names = storeNames();
+  std::ranges::sort(names);
+  EXPECT_EQ(names, (Arguments{"exportProfiles.json", "exportProfiles.json.bak",
+                              "exportProfiles.json.bak2", "exportProfiles.json.bak3"}));
+  EXPECT_EQ(test::readFile(store / "exportProfiles.json.bak").size(), 5u);
+  EXPECT_EQ(test::readFile(store / "exportProfiles.json.bak2").size(), 6u);
+  EXPECT_EQ(test::readFile(store / "exportProfiles.json.bak3").at(0), 't');
+  EXPECT_EQ(fs::status(store / "exportProfiles.json.bak").permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(ProfileCreationEndToEnd, leavesABrokenFileThatIsOnlyRead) {
+  writeProfiles("broken");
+  EXPECT_EQ(tool.run({"a.png", "--output", "out"}).status, 1);
+  EXPECT_EQ(profilesText(), "broken");
+  EXPECT_EQ(storeNames(), Arguments{"exportProfiles.json"});
 }
 
 TEST_F(ProfileCreationEndToEnd, showsItsUsageWithoutAName) {

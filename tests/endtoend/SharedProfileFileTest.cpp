@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <set>
 #include <thread>
 
 #include "profiles/ExportProfileJSON.h"
@@ -49,20 +50,20 @@ TEST(SharedProfileFile, isWholeWheneverItIsRead) {
   EXPECT_GT(shortReads + longReads, 0u);
 }
 
-TEST(SharedProfileFile, survivesWritersThatRunAtTheSameTime) {
+TEST(SharedProfileFile, keepsTheProfilesOfAllWritersThatRunAtTheSameTime) {
   const test::Tool tool;
-  std::vector<std::thread> writers;
-  for (const std::string name : {"a", "b", "c", "d"}) {
-    writers.emplace_back([&tool, name] {
-      EXPECT_EQ(tool.run({"--create-profile", name, "--format", "png", "--quality", "80"}).status,
-                0);
-    });
+  std::vector<test::RunningTool> writers;
+  std::set<std::string> names;
+  for (int i = 0; i < 40; ++i) {
+    const std::string name = *names.insert("profile " + std::to_string(i)).first;
+    writers.push_back(tool.start({"--create-profile", name, "--format", "png", "--quality", "80"}));
   }
-  for (std::thread& writer : writers) writer.join();
-  // The last one wins; what it kept of the others depends on their speed.
+  for (test::RunningTool& writer : writers) EXPECT_EQ(writer.wait().status, 0);
   const auto profiles = ExportProfileJSON::decode(readFile(tool.profileFile()));
   ASSERT_TRUE(profiles);
-  EXPECT_GE(profiles->size(), 1u);
+  std::set<std::string> kept;
+  for (const ExportProfile& profile : *profiles) kept.insert(profile.name);
+  EXPECT_EQ(kept, names);
   const auto entries = fs::directory_iterator(tool.profileFile().parent_path());
   EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
 }
@@ -76,6 +77,23 @@ TEST(SharedProfileFile, keepsItsMode) {
   fs::permissions(tool.profileFile(), mode);
   tool.run(command);
   EXPECT_EQ(fs::status(tool.profileFile()).permissions(), mode);
+}
+
+TEST(SharedProfileFile, staysASymbolicLink) {
+  const test::Tool tool;
+  const fs::path file = tool.profileFile();
+  fs::create_directories(file.parent_path());
+  fs::create_symlink(tool.folder / "middle", file);
+  fs::create_symlink("shared.json", tool.folder / "middle");
+  // The file behind the links is missing at first.
+  for (std::size_t count = 1; count <= 2; ++count) {
+    tool.run({"--create-profile", std::to_string(count), "--format", "png", "--quality", "80"});
+    EXPECT_TRUE(fs::is_symlink(file));
+    EXPECT_TRUE(fs::is_symlink(tool.folder / "middle"));
+    EXPECT_TRUE(fs::is_regular_file(tool.folder / "shared.json"));
+    EXPECT_EQ(ExportProfileJSON::decode(readFile(file)).value().size(), count);
+  }
+  EXPECT_EQ(tool.folder.names(), (std::vector<std::string>{"middle", "shared.json"}));
 }
 
 /// Runs the program with both of its streams on standard error.

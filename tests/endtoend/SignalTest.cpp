@@ -109,6 +109,18 @@ TEST_F(LeftoversEndToEnd, areNotTheFilesOfARunUnderWay) {
   EXPECT_EQ(temporaryCount(), 0);
 }
 
+TEST_F(LeftoversEndToEnd, areRemovedFromTheStoreBesideTheNextProfile) {
+  const Names names = killRun();
+  const auto leftover = std::ranges::find_if(names, isTemporary);
+  ASSERT_NE(leftover, names.end());
+  const fs::path store = tool.profileFile().parent_path();
+  fs::create_directories(store);
+  test::writeFile(store / *leftover, "");
+  tool.run({"--create-profile", "Web", "--format", "png", "--quality", "80"});
+  EXPECT_FALSE(fs::exists(store / *leftover));
+  EXPECT_TRUE(fs::exists(tool.profileFile()));
+}
+
 INSTANTIATE_TEST_SUITE_P(All, SignalEndToEnd, testing::Values(SIGINT, SIGTERM, SIGHUP),
                          [](const auto& signal) {
                            return "Signal" + std::to_string(signal.param);
