@@ -1,9 +1,9 @@
 #include "platform/foundation/Memory.h"
 
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -68,10 +68,12 @@ std::uint64_t usable() {
 }
 
 void require(std::size_t bytes) {
-  // Volatile, for a compiler may leave out an allocation that nothing uses.
-  void* volatile probe = std::malloc(bytes);
-  if (probe == nullptr && bytes > 0) throw std::bad_alloc();
-  std::free(probe);
+  if (bytes == 0) return;
+  // Not malloc, which may find room that only this thread can use.
+  void* const probe =
+      mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (probe == MAP_FAILED) throw std::bad_alloc();
+  munmap(probe, bytes);
 }
 
 }  // namespace orvane::Memory

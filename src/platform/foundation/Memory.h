@@ -10,8 +10,8 @@ namespace orvane::Memory {
 /// less. Bytes.
 std::uint64_t usable();
 
-/// Throws std::bad_alloc where so many bytes cannot be allocated now. For calls into libraries that
-/// end the process when an allocation fails.
+/// Throws std::bad_alloc where so many bytes cannot be had from the system now. For calls into
+/// libraries that end the process when an allocation fails.
 void require(std::size_t bytes);
 
 }  // namespace orvane::Memory

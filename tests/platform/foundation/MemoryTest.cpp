@@ -1,9 +1,11 @@
 #include "platform/foundation/Memory.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <new>
 
 namespace orvane {
@@ -39,6 +41,19 @@ TEST(Memory, isRefusedWhereItCannotBeHad) {
   constexpr std::size_t gigabyte = std::size_t{1} << 30;
   EXPECT_EXIT(requireUnderLimit(4 * gigabyte, 2 * gigabyte), testing::ExitedWithCode(0), "");
   EXPECT_EXIT(requireUnderLimit(gigabyte / 4, 2 * gigabyte), testing::ExitedWithCode(1), "");
+}
+
+/// Keeps 64 MiB in the heap, free, and then ends the process with status 0 when 32 MiB are refused.
+[[noreturn]] void requireWithRoomInTheHeap() {
+  mallopt(M_MMAP_THRESHOLD, 1 << 30);
+  mallopt(M_TRIM_THRESHOLD, 1 << 30);
+  void* volatile room = std::malloc(64 << 20);
+  std::free(room);
+  requireUnderLimit(32 << 20, 16 << 20);
+}
+
+TEST(Memory, isRefusedWhereOnlyTheHeapHasRoom) {
+  EXPECT_EXIT(requireWithRoomInTheHeap(), testing::ExitedWithCode(0), "");
 }
 
 #endif
