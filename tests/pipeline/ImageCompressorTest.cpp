@@ -313,6 +313,25 @@ TEST_F(ImageCompressorDeathTest, cannotDecodeAJPEGXLThatThereIsNoMemoryFor) {
   }
 }
 
+TEST_F(ImageCompressorDeathTest, cannotEncodeAHEICThatThereIsNoMemoryFor) {
+  const std::string path = sources / "a.png";
+  writeFile(path, pngFile(test::noisyImage(300, 200)));
+  expectInShortMemory(
+      9 * mebibyte, path, ImageFormat::heic, [](const ImageCompressionResult& result) {
+        return result.error ==
+               ImageProcessingError::encodingFailed(ImageFormat::heic).localizedDescription();
+      });
+  expectInShortMemory(160 * mebibyte, path, ImageFormat::heic,
+                      [](const ImageCompressionResult& result) { return !result.error; });
+  for (std::size_t bytes = 0; bytes < 32 * mebibyte; bytes += mebibyte) {
+    expectLifeInShortMemory(bytes, path, ImageFormat::heic);
+  }
+  // glibc reserves 64 MiB for a thread that allocates.
+  for (std::size_t bytes = 60 * mebibyte; bytes < 100 * mebibyte; bytes += 2 * mebibyte) {
+    expectLifeInShortMemory(bytes, path, ImageFormat::heic);
+  }
+}
+
 TEST_F(ImageCompressorTest, isEmptyHandedAboutTheSizeOfNothing) {
   EXPECT_EQ(ImageCompressor::fileSize(sources / "none"), 0);
   writeFile(sources / "three", "abc");
