@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ranges>
 #include <span>
 
 #include "codecs/ItemReferences.h"
@@ -176,7 +175,9 @@ void add(const Box& property, TransformativeProperties& to) {
 
 /// Writes a big-endian number over all of `bytes`. Throws UnreadableImage when they cannot hold it.
 void put(std::span<std::uint8_t> bytes, std::uint64_t value) {
-  for (std::uint8_t& byte : std::views::reverse(bytes)) {
+  // Not std::views::reverse, which clang 14 cannot compile with GCC 12's library.
+  for (std::size_t at = bytes.size(); at-- > 0;) {
+    std::uint8_t& byte = bytes[at];
     byte = static_cast<std::uint8_t>(value);
     value >>= 8;
   }
@@ -239,7 +240,6 @@ std::optional<std::string_view> ImageItems::coding() const {
 void ImageItems::checkReferences() const { ItemReferences(iref_).check(primary_, areasOf(iprp_)); }
 
 void ImageItems::addTransformations(TransformativeProperties& properties) const {
-  // Not std::views::reverse, which clang 14 cannot compile with GCC 12's library.
   for (auto derivation = derivations_.rbegin(); derivation != derivations_.rend(); ++derivation) {
     visitAssociations(iprp_, [&](std::uint32_t item, const Box& property) {
       if (item == *derivation) add(property, properties);
