@@ -16,13 +16,13 @@ constexpr std::size_t baseBytes = std::size_t{8} << 20;
 
 /// For each pixel of noise 21 bytes were measured. x265 pads its pictures on every side.
 constexpr std::size_t bytesPerPixel = 24;
-constexpr int padding = 96;
+constexpr std::size_t padding = 96;
 
 /// x265 waits forever for a thread that did not start, and writes through the null pointer of a
 /// failed allocation: probe both first.
 void requireThreadAndMemory(const x265_param& param) {
   std::thread([] {}).join();
-  const auto padded = [](int side) { return static_cast<std::size_t>(side + 2 * padding); };
+  const auto padded = [](int side) { return static_cast<std::size_t>(side) + 2 * padding; };
   const std::size_t pixels = padded(param.sourceWidth) * padded(param.sourceHeight);
   Memory::require(baseBytes + pixels * bytesPerPixel);
 }

@@ -105,7 +105,8 @@ constexpr Tag tagOf(std::uint8_t primaries, std::uint8_t transfer, std::uint8_t 
 }
 
 TEST(ColorSpace, tagsTheProfilesOfCodePoints) {
-  const auto profile = ColorSpace::fromCodePoints({9, 16}, Model::rgb)->iccData();
+  const ColorSpacePtr space = ColorSpace::fromCodePoints({9, 16}, Model::rgb);
+  const ByteView profile = space->iccData();
   const Tag tag = tagOf(9, 16, 0, 1);
   // The signature stands in the tag table, and again where the tag begins.
   const auto inTable = std::ranges::search(profile, std::string_view("cicp")).begin();
