@@ -5,7 +5,7 @@
 
 namespace orvane {
 
-WorkerPool::~WorkerPool() {
+ThreadPool::~ThreadPool() {
   {
     const std::lock_guard lock(mutex_);
     closed_ = true;
@@ -14,7 +14,7 @@ WorkerPool::~WorkerPool() {
   for (std::thread& worker : workers_) worker.join();
 }
 
-void WorkerPool::run(std::function<void()> work, std::size_t wantedWorkers) {
+void ThreadPool::run(std::function<void()> work, std::size_t wantedWorkers) {
   if (workers_.size() < wantedWorkers) startWorker();
   if (workers_.empty()) {
     work();
@@ -27,7 +27,7 @@ void WorkerPool::run(std::function<void()> work, std::size_t wantedWorkers) {
   changed_.notify_one();
 }
 
-void WorkerPool::startWorker() {
+void ThreadPool::startWorker() {
   try {
     workers_.emplace_back([this] { workUntilClosed(); });
   } catch (const std::system_error&) {
@@ -35,7 +35,7 @@ void WorkerPool::startWorker() {
   }
 }
 
-void WorkerPool::workUntilClosed() {
+void ThreadPool::workUntilClosed() {
   for (;;) {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return closed_ || !waiting_.empty(); });

@@ -14,14 +14,14 @@ namespace orvane {
 /// Worker threads that take tasks from one queue. Owned and used by one thread. When the system
 /// refuses another thread, tasks wait for the existing ones; without any, the owner runs the tasks
 /// itself.
-class WorkerPool {
+class ThreadPool {
  public:
-  WorkerPool() = default;
-  WorkerPool(const WorkerPool&) = delete;
-  WorkerPool& operator=(const WorkerPool&) = delete;
+  ThreadPool() = default;
+  ThreadPool(const ThreadPool&) = delete;
+  ThreadPool& operator=(const ThreadPool&) = delete;
 
   /// Waits for every task.
-  ~WorkerPool();
+  ~ThreadPool();
 
   /// Queues `work`, which does not throw, and starts a worker when there are fewer than
   /// `wantedWorkers`.
@@ -72,7 +72,7 @@ class TaskGroup {
   std::mutex mutex_;
   std::condition_variable arrived_;
   std::deque<Result> finished_;
-  WorkerPool pool_;  ///< last, so that its threads end before the members that they use
+  ThreadPool pool_;  ///< last, so that its threads end before the members that they use
 };
 
 }  // namespace orvane

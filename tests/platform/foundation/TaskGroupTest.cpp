@@ -121,10 +121,10 @@ TEST(TaskGroup, waitsForItsTasksWhenItGoes) {
   EXPECT_EQ(done, 4);
 }
 
-TEST(WorkerPool, waitsForTasksThatNoWorkerHasTakenYet) {
+TEST(ThreadPool, waitsForTasksThatNoWorkerHasTakenYet) {
   std::atomic<int> done = 0;
   {
-    WorkerPool pool;
+    ThreadPool pool;
     for (int at = 0; at < 10; ++at) pool.run([&done] { ++done; }, 1);
   }
   EXPECT_EQ(done, 10);
