@@ -1,70 +1,20 @@
 #include "platform/foundation/Files.h"
 
-#include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
-#include <new>
 #include <string_view>
 #include <system_error>
 
 #include "platform/foundation/AtomicFile.h"
-#include "platform/foundation/FileError.h"
+#include "platform/foundation/SourceFile.h"
 
 namespace orvane::Files {
 namespace {
-
-class OpenFile {
- public:
-  explicit OpenFile(const std::string& path)
-      : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-    if (descriptor_ < 0) throw FileError(errno);
-  }
-  ~OpenFile() { close(descriptor_); }
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-
-  /// Size of a regular file in bytes; 0 for anything else, such as a pipe.
-  std::uint64_t knownSize() const {
-    struct stat status = {};
-    if (fstat(descriptor_, &status) != 0) throw FileError(errno);
-    return S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
-  }
-
-  /// Reads into `bytes` from `at` on, until it is full or the file ends. Returns the end of the
-  /// bytes read.
-  std::size_t fill(Bytes& bytes, std::size_t at) const {
-    while (at < bytes.size()) {
-      const ssize_t count = read(descriptor_, bytes.data() + at, bytes.size() - at);
-      if (count < 0 && errno == EINTR) continue;
-      if (count < 0) throw FileError(errno);
-      if (count == 0) break;
-      at += static_cast<std::size_t>(count);
-    }
-    return at;
-  }
-
- private:
-  int descriptor_;
-};
-
-/// Reads until the end of the file. The buffer doubles, up to one byte past the maximum.
-std::size_t fillToTheEnd(const OpenFile& file, Bytes& bytes) {
-  constexpr std::size_t firstStep = 65536;
-  std::size_t filled = 0;
-  do {
-    bytes.resize(std::clamp<std::size_t>(bytes.size() * 2, firstStep, maximumReadBytes + 1));
-    filled = file.fill(bytes, filled);
-    if (filled > maximumReadBytes) throw FileError(EFBIG);
-  } while (filled == bytes.size());
-  return filled;
-}
 
 std::optional<std::string> homeOfPasswordDatabase() {
   std::array<char, 16384> buffer;
@@ -83,17 +33,7 @@ std::optional<std::string> homeFolder() {
 
 }  // namespace
 
-Bytes readWhole(const std::string& path) try {
-  const OpenFile file(path);
-  const std::uint64_t size = file.knownSize();
-  if (size > maximumReadBytes) throw FileError(EFBIG);
-  Bytes bytes(size);
-  // Files below /proc have size 0 and yet hold bytes.
-  bytes.resize(size > 0 ? file.fill(bytes, 0) : fillToTheEnd(file, bytes));
-  return bytes;
-} catch (const std::bad_alloc&) {
-  throw FileError(ENOMEM);
-}
+Bytes readWhole(const std::string& path) { return SourceFile::open(path).readWhole(); }
 
 void writeAtomically(const std::string& path, ByteView bytes) {
   AtomicFile file(path);

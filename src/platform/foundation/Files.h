@@ -9,10 +9,7 @@
 /// Operations on files. Paths are passed to the system byte for byte.
 namespace orvane::Files {
 
-inline constexpr std::uint64_t maximumReadBytes = std::uint64_t{2} << 30;
-
-/// Reads a regular file by its size, anything else until its end. Throws FileError; its number is
-/// EFBIG for more than `maximumReadBytes`.
+/// The whole file (see SourceFile). Throws FileError.
 Bytes readWhole(const std::string& path);
 
 /// Writes a temporary file beside `path` and moves it there. A reader sees the whole old file or

@@ -1,4 +1,5 @@
 #include "platform/foundation/Files.h"
+#include "platform/foundation/SourceFile.h"
 
 #include <gtest/gtest.h>
 #include <pwd.h>
@@ -82,7 +83,7 @@ TEST(Files, saysWhyAFileCannotBeRead) {
 TEST(Files, readsNoFileAboveTheLimit) {
   const TemporaryFolder folder;
   writeFile(folder / "sparse", "");
-  std::filesystem::resize_file(folder / "sparse", Files::maximumReadBytes + 1);
+  std::filesystem::resize_file(folder / "sparse", SourceFile::maximumBytes + 1);
   EXPECT_EQ(readingError(folder / "sparse"), EFBIG);
 }
 
