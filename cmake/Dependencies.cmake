@@ -7,6 +7,9 @@ find_package(OpenMP REQUIRED COMPONENTS CXX)  # libimagequant's thread count is 
 set(modules
   libpng libjpeg libwebp libwebpmux libwebpdemux libjxl libheif libde265 x265 libavif imagequant zlib lcms2
   icu-uc icu-i18n libexif uuid)
+if(CMAKE_SYSTEM_NAME STREQUAL Linux)
+  list(APPEND modules libseccomp)  # the sandbox of the workers
+endif()
 foreach(module IN LISTS modules)
   pkg_check_modules(${module} REQUIRED IMPORTED_TARGET GLOBAL ${module})
 endforeach()

@@ -9,7 +9,6 @@
 
 #include "picture/ImageCompressionResult.h"
 #include "picture/ImageFormat.h"
-#include "pipeline/ImageCompressor.h"
 #include "platform/foundation/FileURL.h"
 
 namespace orvane {
@@ -24,8 +23,9 @@ using CompressFile = std::function<ImageCompressionResult(
 /// file. Outputs are named before any file is started, and files are started in input order. An
 /// output never replaces a source that other files have still to read. Returns one result per path,
 /// in input order; a file that fails says so in its result.
-std::vector<ImageCompressionResult> compressAll(
-    std::span<const std::string> paths, const FileURL& to, ImageFormat format, double quality,
-    std::int64_t jobs, const CompressFile& compress = ImageCompressor::compress);
+std::vector<ImageCompressionResult> compressAll(std::span<const std::string> paths,
+                                                const FileURL& to, ImageFormat format,
+                                                double quality, std::int64_t jobs,
+                                                const CompressFile& compress);
 
 }  // namespace orvane

@@ -10,11 +10,13 @@
 #include "cli/QuietStandardError.h"
 #include "cli/Reports.h"
 #include "cli/Usage.h"
+#include "pipeline/ImageCompressor.h"
 #include "platform/foundation/FileError.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/LocalizedString.h"
 #include "platform/foundation/TemporaryNames.h"
 #include "profiles/ProfileCommand.h"
+#include "workers/WorkerPool.h"
 
 namespace orvane {
 namespace {
@@ -35,8 +37,11 @@ ExitStatus runProfileCreation(const std::vector<std::string>& arguments) try {
 
 std::vector<ImageCompressionResult> compressQuietly(const Options& options) {
   const QuietStandardError quiet;
+  const auto compress = [source = WorkerPool::sourceCompressor()](const auto&... arguments) {
+    return ImageCompressor::compress(arguments..., source);
+  };
   return compressAll(options.inputPaths, options.outputDirectory, options.format, options.quality,
-                     options.jobs);
+                     options.jobs, compress);
 }
 
 ExitStatus runCompression(const std::vector<std::string>& arguments) try {

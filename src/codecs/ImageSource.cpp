@@ -24,6 +24,7 @@ void ImageSource::setSize(std::uint64_t width, std::uint64_t height, std::size_t
   ImageLimits::check(width, height, bytesPerPixel);
   width_ = width;
   height_ = height;
+  bytesPerPixel_ = bytesPerPixel;
 }
 
 }  // namespace orvane

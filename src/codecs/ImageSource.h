@@ -29,6 +29,9 @@ class ImageSource {
   std::size_t width() const { return width_; }
   std::size_t height() const { return height_; }
 
+  /// Memory that decoding takes for each pixel.
+  std::size_t bytesPerPixel() const { return bytesPerPixel_; }
+
   /// The number in the file: 1…8 as EXIF defines them, or any other; 1 when the file has none.
   /// Readers whose library turns the picture by itself leave it at 1.
   int orientation() const { return orientation_; }
@@ -53,6 +56,7 @@ class ImageSource {
   ImageFormat format_;
   std::size_t width_ = 0;
   std::size_t height_ = 0;
+  std::size_t bytesPerPixel_ = 0;
   int orientation_ = 1;
   std::size_t frameCount_ = 1;
 };

@@ -1,14 +1,21 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
 #include "picture/ImageCompressionResult.h"
 #include "picture/ImageFormat.h"
+#include "pipeline/Compression.h"
 #include "platform/foundation/FileURL.h"
 
 namespace orvane::ImageCompressor {
+
+/// Turns the file at `path` into its output: `compressHere`, or the same in another process. Throws
+/// LocalizedError, std::bad_alloc. Any number of calls may run at once.
+using CompressSource =
+    std::function<CompressedFile(const std::string& path, ImageFormat format, double quality)>;
 
 /// Size in bytes of the item at `path`; 0 when it cannot be examined.
 std::int64_t fileSize(const std::string& path);
@@ -18,6 +25,7 @@ std::int64_t fileSize(const std::string& path);
 /// result's `error`. Any number of calls may run at once.
 ImageCompressionResult compress(const std::string& path, const FileURL& to, ImageFormat format,
                                 double quality,
-                                const std::optional<std::string>& destinationFilename);
+                                const std::optional<std::string>& destinationFilename,
+                                const CompressSource& compressSource = compressHere);
 
 }  // namespace orvane::ImageCompressor

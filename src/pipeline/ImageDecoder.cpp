@@ -13,7 +13,7 @@ namespace orvane::ImageDecoder {
 namespace {
 
 /// Decodes the first picture, not turned yet, into a space that 8 bits are enough for.
-Image decode(ImageSource& source) {
+Image storedImage(ImageSource& source) {
   Image image = source.image();
   if (!image.colorSpace->isLinear()) return image;
   constexpr std::size_t encodedBytesPerPixel = 8;
@@ -30,12 +30,19 @@ std::optional<Image> applyOrientation(int orientation, const Image& image) try {
   return std::nullopt;
 }
 
-DecodedImage decodeImageSource(ByteView fileData) try {
-  const std::unique_ptr<ImageSource> source = ImageSource::create(fileData);
-  const auto format = ImageFormat::fromTypeIdentifier(source->typeIdentifier());
+std::unique_ptr<ImageSource> open(ByteView fileData) try {
+  return ImageSource::create(fileData);
+} catch (const UnreadableImage&) {
+  throw ImageProcessingError::decodingFailed();
+} catch (const std::bad_alloc&) {
+  throw ImageProcessingError::decodingFailed();
+}
+
+DecodedImage decode(ImageSource& source) try {
+  const auto format = ImageFormat::fromTypeIdentifier(source.typeIdentifier());
   if (!format) throw ImageProcessingError::decodingFailed();
-  DecodedImage decoded{*format, decode(*source), source->frameCount()};
-  if (auto upright = applyOrientation(source->orientation(), decoded.image)) {
+  DecodedImage decoded{*format, storedImage(source), source.frameCount()};
+  if (auto upright = applyOrientation(source.orientation(), decoded.image)) {
     decoded.image = std::move(*upright);
   }
   return decoded;
@@ -44,5 +51,7 @@ DecodedImage decodeImageSource(ByteView fileData) try {
 } catch (const std::bad_alloc&) {
   throw ImageProcessingError::decodingFailed();
 }
+
+DecodedImage decodeImageSource(ByteView fileData) { return decode(*open(fileData)); }
 
 }  // namespace orvane::ImageDecoder

@@ -7,6 +7,8 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "pipeline/ImageCompressor.h"
+
 namespace orvane {
 namespace {
 
@@ -179,7 +181,9 @@ TEST(BatchRunner, goesOnPastAFileThatFails) {
 }
 
 TEST(BatchRunner, compressesWithTheImageCompressorByDefault) {
-  const auto results = compressAll(Paths{"/no/such/file.png"}, folder, ImageFormat::png, 75, 1);
+  const auto results =
+      compressAll(Paths{"/no/such/file.png"}, folder, ImageFormat::png, 75, 1,
+                  [](const auto&... arguments) { return ImageCompressor::compress(arguments...); });
   EXPECT_EQ(results.at(0), ImageCompressor::compress("/no/such/file.png", folder, ImageFormat::png,
                                                      75, "file.png"));
   EXPECT_TRUE(results.at(0).error.has_value());

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "codecs/ImageSource.h"
+#include "picture/EncodingPlan.h"
+#include "pipeline/OutputFormat.h"
+#include "platform/foundation/Bytes.h"
+
+namespace orvane {
+
+/// The way of one file from its bytes to the bytes of its output, which depend on nothing else.
+/// One thread at a time.
+class Compression {
+ public:
+  /// Reads the header of `file`, which must outlive this object. `quality` is perceptual, 0…100.
+  /// Throws ImageProcessingError::decodingFailed.
+  Compression(ByteView file, ImageFormat format, double quality);
+
+  const ImageSource& source() const { return *source_; }
+
+  /// Decodes, analyses and plans. Throws ImageProcessingError: decodingFailed or
+  /// contextCreationFailed.
+  void decode();
+
+  /// After `decode`: whether some pixel is not opaque.
+  bool hasAlpha() const { return picture_->buffer.hasAlpha; }
+
+  /// After `decode`, once. Throws ImageProcessingError::encodingFailed.
+  Bytes encode();
+
+ private:
+  ByteView file_;
+  const OutputFormat& output_;
+  double quality_;
+  std::unique_ptr<ImageSource> source_;
+  std::optional<Picture> picture_;
+  std::optional<EncodingPlan> plan_;
+};
+
+/// A source as it was read, and its output.
+struct CompressedFile {
+  std::int64_t sourceSize = 0;          ///< bytes
+  std::shared_ptr<const void> storage;  ///< keeps `output` alive
+  ByteView output;
+};
+
+/// Reads and compresses the file at `path` in this process. Throws FileError where it cannot be
+/// read, ImageProcessingError.
+CompressedFile compressHere(const std::string& path, ImageFormat format, double quality);
+
+}  // namespace orvane

@@ -1,0 +1,84 @@
+#include "workers/Channel.h"
+
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+#include <type_traits>
+
+namespace orvane {
+namespace {
+
+static_assert(std::is_trivially_copyable_v<Message>);
+
+/// Room for one descriptor beside a message (cmsg(3)).
+union Control {
+  char bytes[CMSG_SPACE(sizeof(int))];
+  cmsghdr alignment;
+};
+
+Descriptor descriptorIn(msghdr& header) {
+  const cmsghdr* control = CMSG_FIRSTHDR(&header);
+  if (control == nullptr || control->cmsg_type != SCM_RIGHTS) return {};
+  int number = -1;
+  std::memcpy(&number, CMSG_DATA(control), sizeof number);
+  return Descriptor(number);
+}
+
+template <typename Call>
+ssize_t repeatedWhenInterrupted(const Call& call) {
+  ssize_t result = 0;
+  do {
+    result = call();
+  } while (result < 0 && errno == EINTR);
+  return result;
+}
+
+}  // namespace
+
+std::pair<Channel, Channel> Channel::makePair() {
+  int ends[2];
+  if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) {
+    throw std::system_error(errno, std::generic_category());
+  }
+  return {Channel(Descriptor(ends[0])), Channel(Descriptor(ends[1]))};
+}
+
+bool Channel::send(const Message& message, int descriptor) const {
+  iovec part{const_cast<Message*>(&message), sizeof message};
+  msghdr header{};
+  header.msg_iov = &part;
+  header.msg_iovlen = 1;
+  Control control{};
+  if (descriptor >= 0) {
+    header.msg_control = control.bytes;
+    header.msg_controllen = sizeof control.bytes;
+    cmsghdr* rights = CMSG_FIRSTHDR(&header);
+    rights->cmsg_level = SOL_SOCKET;
+    rights->cmsg_type = SCM_RIGHTS;
+    rights->cmsg_len = CMSG_LEN(sizeof descriptor);
+    std::memcpy(CMSG_DATA(rights), &descriptor, sizeof descriptor);
+  }
+  return repeatedWhenInterrupted([&] {
+           return sendmsg(socket_.number(), &header, MSG_NOSIGNAL);
+         }) == static_cast<ssize_t>(sizeof message);
+}
+
+std::optional<Channel::Received> Channel::receive() const {
+  Received received;
+  iovec part{&received.message, sizeof received.message};
+  Control control{};
+  msghdr header{};
+  header.msg_iov = &part;
+  header.msg_iovlen = 1;
+  header.msg_control = control.bytes;
+  header.msg_controllen = sizeof control.bytes;
+  const ssize_t size =
+      repeatedWhenInterrupted([&] { return recvmsg(socket_.number(), &header, MSG_CMSG_CLOEXEC); });
+  if (size != static_cast<ssize_t>(sizeof received.message)) return std::nullopt;
+  received.descriptor = descriptorIn(header);
+  return received;
+}
+
+}  // namespace orvane

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+
+#include "picture/ImageFormat.h"
+
+namespace orvane {
+
+/// One message between the first process, the worker factory and the workers. The fields beside
+/// `kind` count only where a kind names them.
+struct Message {
+  enum class Kind : std::uint8_t {
+    // From the first process to the factory.
+    start,  ///< a new worker is wanted
+    reap,   ///< worker `process` has ended: its wait status is wanted
+
+    // From the factory.
+    started,  ///< worker `process` runs; the descriptor is its channel
+    reaped,   ///< `value` is the wait status
+    refused,  ///< there is no such worker
+
+    // From the first process to a worker.
+    job,    ///< the descriptor is the source, to be read and encoded in `format` at `quality`
+    grant,  ///< go on with `value` bytes of memory
+
+    // From a worker, in the order of its work.
+    need,         ///< `value` bytes of memory are needed for the next step
+    decoded,      ///< the picture is decoded; further failures are the encoder's
+    memoryShort,  ///< an allocation has failed
+    done,         ///< the descriptor holds the output of `value` bytes; `sourceSize` were read
+    failed,       ///< with `failure`; `value` is the error number of a file
+  };
+  enum class Failure : std::uint8_t { file, decoding, context, encoding };
+
+  Kind kind = Kind::start;
+  Failure failure = Failure::file;
+  ImageFormat format = ImageFormat::png;
+  std::int32_t process = 0;
+  std::int64_t value = 0;
+  std::int64_t sourceSize = 0;
+  double quality = 0;
+};
+
+}  // namespace orvane
