@@ -1,8 +1,10 @@
 // Reports of files that cannot be compressed.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 
 #include "picture/ImageProcessingError.h"
@@ -135,7 +137,12 @@ TEST_F(FailureReportEndToEnd, isDroppedWhereStandardOutputIsClosed) {
   EXPECT_EQ(run.errors, "");
 }
 
+bool hasTerminals() {
+  return test::Descriptor(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)).number() != -1;
+}
+
 TEST_F(FailureReportEndToEnd, showsNoControlCharacterToATerminal) {
+  if (!hasTerminals()) GTEST_SKIP() << "this machine has no terminals to give";
   const std::string name = "a\n\x1b[31m\x7f\u009b2J\xC2 é.png";
   const std::vector<std::string> arguments{name, "--output", "out"};
   const std::string rest = " : échec — " + missing + "\n\n1 fichier(s) traité(s), 1 échec(s).\n";
@@ -144,6 +151,7 @@ TEST_F(FailureReportEndToEnd, showsNoControlCharacterToATerminal) {
 }
 
 TEST_F(FailureReportEndToEnd, showsNoControlCharacterOfTheOutputFolderToATerminal) {
+  if (!hasTerminals()) GTEST_SKIP() << "this machine has no terminals to give";
   test::writeFile(tool.folder / "a.png", test::buildPNG({.pixelAt = [](auto, auto) {
                     return test::Pixel{1, 2, 3, 4};
                   }}));

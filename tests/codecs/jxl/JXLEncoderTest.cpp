@@ -188,7 +188,8 @@ TEST(JXLEncoder, asksForTheEffortOfTheTier) {
     EXPECT_EQ(losslessFile, test::buildJXL(image, {.effort = effort}));
     files.insert({lossyFile, losslessFile});
   }
-  EXPECT_EQ(files.size(), 2 * efforts.size()) << "no two efforts give the same bytes";
+  // With libjxl 0.11 two of the efforts give the same bytes in one of the modes.
+  EXPECT_GE(files.size(), 2 * efforts.size() - 1);
 }
 
 TEST(JXLEncoder, writesTheSameBytesEveryTime) {
@@ -315,13 +316,13 @@ TEST(JXLEncoder, transcodesJPEGsSoThatTheyCanBeRebuilt) {
 
 TEST(JXLEncoder, transcodesWithTheGivenEffort) {
   const Bytes jpeg = makeJPEG();
-  for (const int effort : {5, 6, 7}) {
+  for (const int effort : {1, 5, 6, 7}) {
     const auto file = JXLEncoder::transcodeJPEG(jpeg, effort);
     ASSERT_TRUE(file);
     EXPECT_EQ(*file, test::buildJXLFromJPEG(jpeg, effort)) << effort;
   }
-  // Efforts 6 and 7 give the same bytes with libjxl 0.7.
-  EXPECT_NE(test::buildJXLFromJPEG(jpeg, 5), test::buildJXLFromJPEG(jpeg, 6));
+  // Efforts 6 and 7 give the same bytes with libjxl 0.7, 5 and 6 with 0.11.
+  EXPECT_NE(test::buildJXLFromJPEG(jpeg, 1), test::buildJXLFromJPEG(jpeg, 7));
 }
 
 TEST(JXLEncoder, transcodesTurnedJPEGsUpright) {
