@@ -11,7 +11,7 @@
 namespace orvane {
 namespace {
 
-#ifdef __linux__
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 
 /// Ends the process with the number of the first thing that is possible in the sandbox and should
 /// not be, or 0.
