@@ -1,5 +1,7 @@
 #include "workers/JobCost.h"
 
+#include <algorithm>
+
 namespace orvane::JobCost {
 namespace {
 
@@ -14,17 +16,17 @@ struct PixelCost {
 PixelCost costOf(ImageFormat format) {
   switch (format) {
     case ImageFormat::png:
-      return {12, 13, 10};
+      return {28, 28, 10};
     case ImageFormat::jpeg:
       return {14, 17, 1};
     case ImageFormat::heic:
-      return {26, 26, 13};
+      return {36, 36, 13};
     case ImageFormat::avif:
       return {44, 40, 10};
     case ImageFormat::webp:
       return {14, 46, 10};
     case ImageFormat::jxl:
-      return {50, 66, 10};
+      return {60, 70, 10};
   }
   return {};
 }
@@ -33,16 +35,50 @@ std::uint64_t pixelsOf(const ImageSource& source) {
   return std::uint64_t{source.width()} * source.height();
 }
 
+/// Tables that stop growing: libimagequant's histogram.
+std::uint64_t encoderMemory(ImageFormat format, std::uint64_t pixels) {
+  switch (format) {
+    case ImageFormat::png:
+      return std::min(pixels * 72, std::uint64_t{128} << 20);
+    case ImageFormat::jpeg:
+    case ImageFormat::heic:
+    case ImageFormat::avif:
+    case ImageFormat::webp:
+    case ImageFormat::jxl:
+      return 0;
+  }
+  return 0;
+}
+
+/// The picture, as it is stored and turned or rendered, and the decoder's own copies.
+std::uint64_t decodingBytesPerPixel(const ImageSource& source) {
+  constexpr std::uint64_t ofJPEGXL = 70;
+  const std::uint64_t ofOthers = 3 * source.bytesPerPixel() + 4;
+  const auto format = ImageFormat::fromTypeIdentifier(source.typeIdentifier());
+  if (!format) return ofOthers;
+  switch (*format) {
+    case ImageFormat::jxl:
+      return ofJPEGXL;
+    case ImageFormat::png:
+    case ImageFormat::jpeg:
+    case ImageFormat::heic:
+    case ImageFormat::avif:
+    case ImageFormat::webp:
+      return ofOthers;
+  }
+  return ofOthers;
+}
+
 }  // namespace
 
 std::uint64_t decodingMemory(const ImageSource& source) {
-  // The picture, as it is stored and turned or rendered, and decoders' own copies.
-  return baseMemory + pixelsOf(source) * (3 * source.bytesPerPixel() + 4);
+  return baseMemory + pixelsOf(source) * decodingBytesPerPixel(source);
 }
 
 std::uint64_t encodingMemory(const ImageSource& source, ImageFormat format, bool hasAlpha) {
   const PixelCost cost = costOf(format);
-  return baseMemory + pixelsOf(source) * (hasAlpha ? cost.alphaBytes : cost.opaqueBytes);
+  return baseMemory + encoderMemory(format, pixelsOf(source)) +
+         pixelsOf(source) * (hasAlpha ? cost.alphaBytes : cost.opaqueBytes);
 }
 
 std::uint64_t seconds(const ImageSource& source, ImageFormat format) {

@@ -14,6 +14,10 @@ constinit std::atomic<void (*)()> reaction = nullptr;
 
 void watch(void (*react)()) { reaction = react; }
 
+void report() {
+  if (auto* react = reaction.load()) react();
+}
+
 }  // namespace orvane::AllocationFailures
 
 #if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
@@ -34,9 +38,7 @@ void __libc_free(void* block);
 namespace {
 
 void* seen(void* block, bool isWanted = true) {
-  if (block == nullptr && isWanted) {
-    if (auto* react = orvane::AllocationFailures::reaction.load()) react();
-  }
+  if (block == nullptr && isWanted) orvane::AllocationFailures::report();
   return block;
 }
 

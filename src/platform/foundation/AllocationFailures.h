@@ -8,4 +8,7 @@ namespace orvane::AllocationFailures {
 /// not allocate. Failures are seen with the GNU C library, but not under sanitizers.
 void watch(void (*react)());
 
+/// Tells of a failure that was seen otherwise.
+void report();
+
 }  // namespace orvane::AllocationFailures

@@ -10,6 +10,8 @@
 #include <new>
 #include <string>
 
+#include "platform/foundation/AllocationFailures.h"
+
 namespace orvane::Memory {
 namespace {
 
@@ -72,7 +74,10 @@ void require(std::size_t bytes) {
   // Not malloc, which may find room that only this thread can use.
   void* const probe =
       mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (probe == MAP_FAILED) throw std::bad_alloc();
+  if (probe == MAP_FAILED) {
+    AllocationFailures::report();
+    throw std::bad_alloc();
+  }
   munmap(probe, bytes);
 }
 
