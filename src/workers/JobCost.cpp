@@ -5,8 +5,9 @@
 namespace orvane::JobCost {
 namespace {
 
-/// What one pixel costs. The bytes are peaks of whole processes less 15 MB, measured on pictures of
-/// 12 and 24 megapixels from JPEG and from PNG of 8 and 16 bits, rounded up by about a tenth.
+/// The cost of one pixel. The bytes were measured as peaks of whole processes less 15 MB, on
+/// pictures of 12 and 24 megapixels from JPEG and from PNG of 8 and 16 bits, and rounded up by a
+/// tenth; for PNG, HEIC and JPEG XL they cover the memory that the encoders ask for in advance.
 struct PixelCost {
   std::uint64_t opaqueBytes;
   std::uint64_t alphaBytes;
