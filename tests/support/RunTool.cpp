@@ -54,7 +54,7 @@ Pipe outputPipe(Output output) {
     fcntl(pipe.writer.number(), F_SETPIPE_SZ, 4096);
     fcntl(pipe.writer.number(), F_SETFL, O_NONBLOCK);
   }
-  if (output == Output::readerGone) pipe.reader.close();
+  if (output == Output::readerGone) pipe.reader = Descriptor();
   return pipe;
 }
 
@@ -158,12 +158,12 @@ void readStreams(Descriptor& output, Descriptor& errors, ToolRun& run) {
   while (output.number() != -1 || errors.number() != -1) {
     std::array<pollfd, 2> waiting{{{output.number(), POLLIN, 0}, {errors.number(), POLLIN, 0}}};
     poll(waiting.data(), waiting.size(), -1);
-    if (waiting[0].revents != 0 && !readSome(output, run.output)) output.close();
+    if (waiting[0].revents != 0 && !readSome(output, run.output)) output = Descriptor();
     if (waiting[1].revents == 0) continue;
     if (readSome(errors, run.errors)) {
       ++run.errorWrites;
     } else {
-      errors.close();
+      errors = Descriptor();
     }
   }
 }

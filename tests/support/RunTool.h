@@ -7,10 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "support/Descriptor.h"
+#include "platform/foundation/Descriptor.h"
 #include "support/TemporaryFolder.h"
 
 namespace orvane::test {
+
+using orvane::Descriptor;
 
 /// How one run of the program ended, and what it wrote, byte for byte.
 struct ToolRun {
