@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -91,34 +90,15 @@ TEST_F(WorkersEndToEnd, loseAFileForEachThatDies) {
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they reserve too much
 
-/// Limits the memory of programs that are started while it lives.
-class AddressSpaceLimit {
- public:
-  explicit AddressSpaceLimit(rlim_t bytes) {
-    getrlimit(RLIMIT_AS, &former_);
-    const rlimit limit{bytes, former_.rlim_max};
-    setrlimit(RLIMIT_AS, &limit);
-  }
-  ~AddressSpaceLimit() { setrlimit(RLIMIT_AS, &former_); }
-  AddressSpaceLimit(const AddressSpaceLimit&) = delete;
-  AddressSpaceLimit& operator=(const AddressSpaceLimit&) = delete;
-
- private:
-  rlimit former_{};
-};
-
 TEST_F(WorkersEndToEnd, compressSmallFilesBesideOneThatDoesNotFit) {
   write("a.png", test::noisyImage(48, 40));
   write("large.png", test::noisyImage(1600, 1250));
   write("z.png", test::noisyImage(40, 48));
   for (const ImageFormat format : ImageFormat::allCases) {
-    for (const rlim_t mebibytes : {200, 300}) {
-      test::ToolRun run;
-      {
-        const AddressSpaceLimit limit(mebibytes << 20);
-        run = tool.run({"a.png", "large.png", "z.png", "--format", std::string(format.rawValue()),
-                        "--output", "out", "--jobs", "2"});
-      }
+    for (const int mebibytes : {200, 300}) {
+      tool.launcher = {"prlimit", "--as=" + std::to_string(mebibytes << 20)};
+      const auto run = tool.run({"a.png", "large.png", "z.png", "--format",
+                                 std::string(format.rawValue()), "--output", "out", "--jobs", "2"});
       const std::string ending(format.fileExtension());
       EXPECT_NE(run.output.find("3 fichier(s) traité(s)"), std::string::npos) << run.output;
       EXPECT_TRUE(fs::exists(tool.folder / ("out/a." + ending))) << mebibytes << run.output;

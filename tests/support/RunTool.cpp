@@ -134,14 +134,14 @@ std::vector<std::string> environmentWith(const std::map<std::string, std::string
   return entries;
 }
 
-pid_t spawn(std::vector<std::string> arguments, const std::map<std::string, std::string>& changes,
+/// `command` is a program, looked up in PATH, and its arguments.
+pid_t spawn(std::vector<std::string> command, const std::map<std::string, std::string>& changes,
             const FileActions& actions) {
-  arguments.insert(arguments.begin(), ORVANE_CLI);
   std::vector<std::string> variables = environmentWith(changes);
   const DefaultSignals signals;
   pid_t process = 0;
-  check(posix_spawn(&process, ORVANE_CLI, actions.get(), signals.get(), pointers(arguments).data(),
-                    pointers(variables).data()));
+  check(posix_spawnp(&process, command.front().c_str(), actions.get(), signals.get(),
+                     pointers(command).data(), pointers(variables).data()));
   return process;
 }
 
@@ -204,7 +204,10 @@ RunningTool Tool::start(const std::vector<std::string>& arguments, Output output
   actions.connect(STDERR_FILENO, errors.writer);
   if (output == Output::closed) actions.close(STDOUT_FILENO);
   if (output == Output::full) actions.connect(STDOUT_FILENO, "/dev/full", O_WRONLY);
-  return RunningTool(spawn(arguments, environment, actions), std::move(outputs.reader),
+  std::vector<std::string> command = launcher;
+  command.emplace_back(ORVANE_CLI);
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return RunningTool(spawn(std::move(command), environment, actions), std::move(outputs.reader),
                      std::move(errors.reader));
 }
 

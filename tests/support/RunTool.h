@@ -68,6 +68,9 @@ class Tool {
   /// Changes to the environment that the tests run in; an empty value takes the variable out.
   std::map<std::string, std::string> environment;
 
+  /// A program that starts the one that is tested, and its arguments, such as prlimit(1).
+  std::vector<std::string> launcher;
+
   TemporaryFolder folder;  ///< the working folder
 
  private:
