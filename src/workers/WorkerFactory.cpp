@@ -78,6 +78,8 @@ void warmUp() {
       reapWorker(toFirst, received->message.process);
     }
   }
+  // Their processor time counts as this process's, for who measures the program.
+  while (wait(nullptr) > 0) continue;
   _exit(0);
 }
 

@@ -1,6 +1,7 @@
 #include "workers/WorkerPool.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -142,7 +143,13 @@ class WorkerPool::Conversation {
   Outcome outcome_;
 };
 
-WorkerPool::WorkerPool() : budget_(memoryForFiles()) {}
+WorkerPool::WorkerPool() : budget_(memoryForFiles()) {
+#ifdef M_ARENA_MAX
+  // This process's threads mostly wait. A heap of its own for each would reserve 64 MiB of address
+  // space.
+  mallopt(M_ARENA_MAX, 1);
+#endif
+}
 
 ImageCompressor::CompressSource WorkerPool::sourceCompressor() try {
   return [pool = std::make_shared<WorkerPool>()](const auto&... arguments) {
@@ -170,10 +177,10 @@ WorkerPool::Outcome WorkerPool::attempt(const std::string& path, ImageFormat for
                     .value = static_cast<std::int64_t>(share.bytes()),
                     .sourceSize = static_cast<std::int64_t>(source.size()),
                     .quality = quality};
-  std::optional<Worker> worker = take();
+  std::optional<Worker> worker = take(company);
   while (worker && !worker->channel.send(job, source.descriptor())) {
     bury(*std::move(worker));  // it died while it was idle
-    worker = take();
+    worker = take(company);
   }
   if (!worker) return {.file = compressHere(path, format, quality)};
   Outcome outcome = Conversation(worker->channel, share, company, format).run();
@@ -187,8 +194,8 @@ WorkerPool::Outcome WorkerPool::attempt(const std::string& path, ImageFormat for
   return outcome;
 }
 
-std::optional<WorkerPool::Worker> WorkerPool::take() {
-  {
+std::optional<WorkerPool::Worker> WorkerPool::take(Company company) {
+  if (company == Company::others) {
     const std::scoped_lock lock(mutex_);
     if (!idle_.empty()) {
       Worker worker = std::move(idle_.back());

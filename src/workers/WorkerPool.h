@@ -36,8 +36,9 @@ class WorkerPool {
   /// One attempt; with `Company::none` it waits for all the memory there is.
   Outcome attempt(const std::string& path, ImageFormat format, double quality, Company company);
 
-  /// An idle worker, or a new one; nothing where there is none to be had.
-  std::optional<Worker> take();
+  /// An idle worker, or a new one; nothing where there is none to be had. Always a new one for a
+  /// file that is alone: its outcome may not depend on what a worker has done before.
+  std::optional<Worker> take(Company company);
   void giveBack(Worker worker);
 
   /// The wait status of a worker that is dead or about to end.
