@@ -90,21 +90,53 @@ TEST_F(WorkersEndToEnd, loseAFileForEachThatDies) {
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they reserve too much
 
-TEST_F(WorkersEndToEnd, compressSmallFilesBesideOneThatDoesNotFit) {
-  write("a.png", test::noisyImage(48, 40));
-  write("large.png", test::noisyImage(1600, 1250));
-  write("z.png", test::noisyImage(40, 48));
-  for (const ImageFormat format : ImageFormat::allCases) {
-    for (const int mebibytes : {200, 300}) {
-      tool.launcher = {"prlimit", "--as=" + std::to_string(mebibytes << 20)};
-      const auto run = tool.run({"a.png", "large.png", "z.png", "--format",
-                                 std::string(format.rawValue()), "--output", "out", "--jobs", "2"});
-      const std::string ending(format.fileExtension());
-      EXPECT_NE(run.output.find("3 fichier(s) traité(s)"), std::string::npos) << run.output;
-      EXPECT_TRUE(fs::exists(tool.folder / ("out/a." + ending))) << mebibytes << run.output;
-      EXPECT_TRUE(fs::exists(tool.folder / ("out/z." + ending))) << mebibytes << run.output;
-      fs::remove_all(tool.folder / "out");
+struct ShortMemoryEndToEnd : WorkersEndToEnd {
+  ShortMemoryEndToEnd() {
+    write("a.png", test::noisyImage(48, 40));
+    write("large.png", test::noisyImage(1600, 1250));
+    write("z.png", test::noisyImage(40, 48));
+  }
+
+  /// With `mebibytes` of address space for each process; 0 is no limit.
+  test::ToolRun compress(const std::string& large, ImageFormat format, const std::string& output,
+                         int mebibytes) {
+    tool.launcher.clear();
+    if (mebibytes > 0) tool.launcher = {"prlimit", "--as=" + std::to_string(mebibytes << 20)};
+    return tool.run({"a.png", large, "z.png", "--format", std::string(format.rawValue()),
+                     "--output", output, "--jobs", "2"});
+  }
+
+  void expectSmallFiles(const test::ToolRun& run, const std::string& output, ImageFormat format) {
+    EXPECT_NE(run.output.find("3 fichier(s) traité(s)"), std::string::npos) << run.output;
+    for (const char* name : {"a", "z"}) {
+      const std::string file = output + "/" + name + "." + std::string(format.fileExtension());
+      EXPECT_TRUE(fs::exists(tool.folder / file)) << run.output;
     }
+  }
+};
+
+TEST_F(ShortMemoryEndToEnd, costsNoSmallFileInAnyOutputFormat) {
+  for (const ImageFormat format : ImageFormat::allCases) {
+    expectSmallFiles(compress("large.png", format, "out", 200), "out", format);
+  }
+}
+
+TEST_F(ShortMemoryEndToEnd, costsNoSmallFileBesideAnySourceFormat) {
+  for (const ImageFormat source : ImageFormat::allCases) {
+    compress("large.png", source, "sources", 0);
+    const std::string large = "sources/large." + std::string(source.fileExtension());
+    ASSERT_TRUE(fs::exists(tool.folder / large));
+    expectSmallFiles(compress(large, ImageFormat::jpeg, "out", 200), "out", ImageFormat::jpeg);
+  }
+}
+
+TEST_F(ShortMemoryEndToEnd, changesNoBytesWhereItIsEnoughForTheFileAlone) {
+  for (const ImageFormat format : {ImageFormat::png, ImageFormat::jpeg, ImageFormat::webp}) {
+    const std::string name = "/large." + std::string(format.fileExtension());
+    compress("large.png", format, "plenty", 0);
+    compress("large.png", format, "short", 300);
+    EXPECT_EQ(test::readFile(tool.folder / ("short" + name)),
+              test::readFile(tool.folder / ("plenty" + name)));
   }
 }
 
