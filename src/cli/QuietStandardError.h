@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/Descriptor.h"
+
 namespace orvane {
 
 /// Discards the process's standard error while it lives. Some codec libraries print remarks on
@@ -13,7 +15,7 @@ class QuietStandardError {
   QuietStandardError& operator=(const QuietStandardError&) = delete;
 
  private:
-  int original_;  ///< duplicate of the real stream's descriptor; −1 when there is none
+  Descriptor original_;  ///< duplicate of the real stream's
 };
 
 }  // namespace orvane

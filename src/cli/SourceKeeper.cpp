@@ -13,7 +13,7 @@ namespace {
 /// is written over it and takes them on.
 void createEmpty(TemporaryFile& file) {
   try {
-    close(file.create());
+    file.create();
   } catch (const FileError&) {
     // Writing the output fails for the same reason, and its result says so.
   }

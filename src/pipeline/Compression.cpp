@@ -6,7 +6,6 @@
 #include "pipeline/EncodingStrategy.h"
 #include "pipeline/ImageAnalyzer.h"
 #include "pipeline/ImageDecoder.h"
-#include "platform/foundation/SourceFile.h"
 
 namespace orvane {
 namespace {
@@ -63,13 +62,17 @@ Bytes Compression::encode() {
   });
 }
 
-CompressedFile compressHere(const std::string& path, ImageFormat format, double quality) {
-  const Bytes file = SourceFile::open(path).readWhole();
+CompressedFile compressOpenFile(const SourceFile& source, ImageFormat format, double quality) {
+  const Bytes file = source.readWhole();
   Compression compression(file, format, quality);
   compression.decode();
   const auto output = std::make_shared<const Bytes>(compression.encode());
   return {
       .sourceSize = static_cast<std::int64_t>(file.size()), .storage = output, .output = *output};
+}
+
+CompressedFile compressHere(const std::string& path, ImageFormat format, double quality) {
+  return compressOpenFile(SourceFile::open(path), format, quality);
 }
 
 }  // namespace orvane

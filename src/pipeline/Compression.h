@@ -9,6 +9,7 @@
 #include "picture/EncodingPlan.h"
 #include "pipeline/OutputFormat.h"
 #include "platform/foundation/Bytes.h"
+#include "platform/foundation/SourceFile.h"
 
 namespace orvane {
 
@@ -25,9 +26,6 @@ class Compression {
   /// Decodes, analyses and plans. Throws ImageProcessingError: decodingFailed or
   /// contextCreationFailed.
   void decode();
-
-  /// After `decode`: whether some pixel is not opaque.
-  bool hasAlpha() const { return picture_->buffer.hasAlpha; }
 
   /// After `decode`, once. Throws ImageProcessingError::encodingFailed.
   Bytes encode();
@@ -48,8 +46,9 @@ struct CompressedFile {
   ByteView output;
 };
 
-/// Reads and compresses the file at `path` in this process. Throws FileError where it cannot be
-/// read, ImageProcessingError.
+/// Reads and compresses a file in this process. Throws FileError where it cannot be read,
+/// ImageProcessingError.
+CompressedFile compressOpenFile(const SourceFile& source, ImageFormat format, double quality);
 CompressedFile compressHere(const std::string& path, ImageFormat format, double quality);
 
 }  // namespace orvane

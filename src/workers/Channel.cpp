@@ -1,5 +1,6 @@
 #include "workers/Channel.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 
 #include <cerrno>
@@ -65,6 +66,11 @@ bool Channel::send(const Message& message, int descriptor) const {
          }) == static_cast<ssize_t>(sizeof message);
 }
 
+bool Channel::waitFor(std::chrono::milliseconds time) const {
+  pollfd waiting{socket_.number(), POLLIN, 0};
+  return poll(&waiting, 1, static_cast<int>(time.count())) > 0;
+}
+
 std::optional<Channel::Received> Channel::receive() const {
   Received received;
   iovec part{&received.message, sizeof received.message};
@@ -73,11 +79,14 @@ std::optional<Channel::Received> Channel::receive() const {
   header.msg_iov = &part;
   header.msg_iovlen = 1;
   header.msg_control = control.bytes;
-  header.msg_controllen = sizeof control.bytes;
+  header.msg_controllen = CMSG_LEN(sizeof(int));  // CMSG_SPACE has room for two descriptors
   const ssize_t size =
       repeatedWhenInterrupted([&] { return recvmsg(socket_.number(), &header, MSG_CMSG_CLOEXEC); });
-  if (size != static_cast<ssize_t>(sizeof received.message)) return std::nullopt;
+  if (size < 0) return std::nullopt;
   received.descriptor = descriptorIn(header);
+  const bool isWhole = size == static_cast<ssize_t>(sizeof received.message) &&
+                       (header.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) == 0;
+  if (!isWhole) return std::nullopt;
   return received;
 }
 

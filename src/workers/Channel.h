@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <chrono>
 #include <optional>
 #include <utility>
 
@@ -10,7 +10,7 @@
 namespace orvane {
 
 /// One end of a connection between two processes of this program, which passes whole messages, each
-/// with at most one descriptor. One thread at a time.
+/// with at most one descriptor. Any thread may send; one at a time receives.
 class Channel {
  public:
   /// Both ends. Throws std::system_error.
@@ -21,11 +21,15 @@ class Channel {
   /// Whether the other end still takes messages. The descriptor is copied.
   bool send(const Message& message, int descriptor = -1) const;
 
+  /// Whether there is a message, or the other end is gone, within this time.
+  bool waitFor(std::chrono::milliseconds time) const;
+
   struct Received {
     Message message;
     Descriptor descriptor;
   };
-  /// Waits for the next message; nothing once the other end is gone.
+  /// Waits for the next message; nothing once the other end is gone, and for anything that is not a
+  /// message.
   std::optional<Received> receive() const;
 
   int descriptor() const { return socket_.number(); }

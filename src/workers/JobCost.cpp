@@ -5,16 +5,16 @@
 namespace orvane::JobCost {
 namespace {
 
-/// The cost of one pixel. The bytes were measured as peaks of whole processes less 15 MB, on
+/// The cost of a format. The bytes were measured as peaks of whole processes less 15 MB, on
 /// pictures of 12 and 24 megapixels from JPEG and from PNG of 8 and 16 bits, and rounded up by a
 /// tenth; for PNG, HEIC and JPEG XL they cover the memory that the encoders ask for in advance.
-struct PixelCost {
-  std::uint64_t opaqueBytes;
-  std::uint64_t alphaBytes;
-  double microseconds;
+struct Cost {
+  std::uint64_t opaqueBytes;  ///< of a pixel while it is encoded
+  std::uint64_t alphaBytes;   ///< the same with an alpha channel
+  double microseconds;        ///< of a pixel
 };
 
-PixelCost costOf(ImageFormat format) {
+Cost costOf(ImageFormat format) {
   switch (format) {
     case ImageFormat::png:
       return {28, 28, 10};
@@ -36,58 +36,39 @@ std::uint64_t pixelsOf(const ImageSource& source) {
   return std::uint64_t{source.width()} * source.height();
 }
 
-/// Tables that stop growing: libimagequant's histogram.
-std::uint64_t encoderMemory(ImageFormat format, std::uint64_t pixels) {
-  switch (format) {
-    case ImageFormat::png:
-      return std::min(pixels * 72, std::uint64_t{128} << 20);
-    case ImageFormat::jpeg:
-    case ImageFormat::heic:
-    case ImageFormat::avif:
-    case ImageFormat::webp:
-    case ImageFormat::jxl:
-      return 0;
-  }
-  return 0;
+bool isOf(const ImageSource& source, ImageFormat format) {
+  return source.typeIdentifier() == format.typeIdentifier();
 }
 
 /// The picture, as it is stored and turned or rendered, and the decoder's own copies.
-std::uint64_t decodingBytesPerPixel(const ImageSource& source) {
+std::uint64_t decodingMemory(const ImageSource& source) {
   constexpr std::uint64_t ofJPEGXL = 70;
   const std::uint64_t ofOthers = 3 * source.bytesPerPixel() + 4;
-  const auto format = ImageFormat::fromTypeIdentifier(source.typeIdentifier());
-  if (!format) return ofOthers;
-  switch (*format) {
-    case ImageFormat::jxl:
-      return ofJPEGXL;
-    case ImageFormat::png:
-    case ImageFormat::jpeg:
-    case ImageFormat::heic:
-    case ImageFormat::avif:
-    case ImageFormat::webp:
-      return ofOthers;
-  }
-  return ofOthers;
+  return pixelsOf(source) * (isOf(source, ImageFormat::jxl) ? ofJPEGXL : ofOthers);
+}
+
+/// The picture and the encoder. Only JPEG has no alpha channel.
+std::uint64_t encodingMemory(const ImageSource& source, ImageFormat format) {
+  const std::uint64_t pixels = pixelsOf(source);
+  const Cost cost = costOf(format);
+  const std::uint64_t histogram =  // libimagequant's, which stops growing
+      format == ImageFormat::png ? std::min(pixels * 72, std::uint64_t{128} << 20) : 0;
+  return histogram + pixels * (isOf(source, ImageFormat::jpeg)
+                                   ? cost.opaqueBytes
+                                   : std::max(cost.opaqueBytes, cost.alphaBytes));
 }
 
 }  // namespace
 
-std::uint64_t decodingMemory(const ImageSource& source) {
-  return baseMemory + pixelsOf(source) * decodingBytesPerPixel(source);
-}
-
-std::uint64_t encodingMemory(const ImageSource& source, ImageFormat format, bool hasAlpha) {
-  const PixelCost cost = costOf(format);
-  return baseMemory + encoderMemory(format, pixelsOf(source)) +
-         pixelsOf(source) * (hasAlpha ? cost.alphaBytes : cost.opaqueBytes);
+std::uint64_t memory(const ImageSource& source, ImageFormat format) {
+  return baseMemory + std::max(decodingMemory(source), encodingMemory(source, format));
 }
 
 std::uint64_t seconds(const ImageSource& source, ImageFormat format) {
-  constexpr double least = 30;
-  constexpr double decoding = 3;
-  const double perMegapixel = decoding + costOf(format).microseconds;
-  return static_cast<std::uint64_t>(least +
-                                    perMegapixel * static_cast<double>(pixelsOf(source)) / 1e6);
+  constexpr double decoding = 3;  // microseconds of a pixel
+  const double microseconds =
+      (decoding + costOf(format).microseconds) * static_cast<double>(pixelsOf(source));
+  return smallSeconds + static_cast<std::uint64_t>(microseconds / 1e6);
 }
 
 }  // namespace orvane::JobCost

@@ -14,17 +14,15 @@ inline constexpr std::uint64_t baseMemory = std::uint64_t{48} << 20;
 /// Bytes that a picture of up to about 100 000 pixels takes.
 inline constexpr std::uint64_t smallPicture = baseMemory + (std::uint64_t{8} << 20);
 
-/// Bytes for the decoded picture and its rendering.
-std::uint64_t decodingMemory(const ImageSource& source);
+/// Seconds of processor time that reading a file and its header may take, or all of the work on a
+/// small picture.
+inline constexpr std::uint64_t smallSeconds = 60;
 
-/// Bytes from then on: the picture and the encoder. Of the source's header only the size counts.
-std::uint64_t encodingMemory(const ImageSource& source, ImageFormat format, bool hasAlpha);
+/// Bytes that the work takes at its most, beside the file's own.
+std::uint64_t memory(const ImageSource& source, ImageFormat format);
 
-/// Processor time of decoding and encoding: ten times what two cores of 2020 were seen to take, and
-/// at least half a minute.
+/// Seconds of processor time for all of the work: ten times what two cores of 2020 were seen to
+/// take, and at least `smallSeconds`.
 std::uint64_t seconds(const ImageSource& source, ImageFormat format);
-
-/// Processor time for reading a file and its header.
-inline constexpr std::uint64_t openingSeconds = 30;
 
 }  // namespace orvane::JobCost

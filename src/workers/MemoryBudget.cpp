@@ -12,7 +12,7 @@ MemoryBudget::Share::Share(MemoryBudget& budget, std::uint64_t bytes) : budget_(
     const std::scoped_lock lock(budget.mutex_);
     ++budget.atWork_;
   }
-  resize(bytes);
+  exchange(0, bytes);
 }
 
 MemoryBudget::Share::~Share() {
@@ -22,8 +22,10 @@ MemoryBudget::Share::~Share() {
   budget_.changed_.notify_all();
 }
 
-void MemoryBudget::Share::resize(std::uint64_t bytes) {
+void MemoryBudget::Share::exchange(std::uint64_t kept, std::uint64_t bytes) {
   std::unique_lock lock(budget_.mutex_);
+  budget_.taken_ -= bytes_ - kept;
+  bytes_ = kept;
   const std::uint64_t ticket = budget_.nextTicket_++;
   --budget_.atWork_;
   budget_.changed_.notify_all();

@@ -30,8 +30,8 @@ class MemoryBudget {
     Share(const Share&) = delete;
     Share& operator=(const Share&) = delete;
 
-    /// Waits until there are `bytes` in all. What is held is kept meanwhile.
-    void resize(std::uint64_t bytes);
+    /// Gives back all but `kept` bytes, and waits until there are `bytes` in all.
+    void exchange(std::uint64_t kept, std::uint64_t bytes);
 
     std::uint64_t bytes() const { return bytes_; }
 

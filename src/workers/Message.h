@@ -12,23 +12,24 @@ struct Message {
   enum class Kind : std::uint8_t {
     // From the first process to the factory.
     start,  ///< a new worker is wanted
-    reap,   ///< worker `process` has ended: its wait status is wanted
+    reap,   ///< worker `process` is to be ended: its wait status is wanted
 
     // From the factory.
     started,  ///< worker `process` runs; the descriptor is its channel
-    reaped,   ///< `value` is the wait status
+    reaped,   ///< with the wait `status`
     refused,  ///< there is no such worker
 
     // From the first process to a worker.
-    job,    ///< the descriptor is the source, to be read and encoded in `format` at `quality`
-    grant,  ///< go on with `value` bytes of memory
+    job,    ///< the descriptor is the source, to be read and encoded in `format` at `quality` with
+            ///< `bytes` of memory; `sourceSize` is 0 where it is not known
+    grant,  ///< go on with `bytes` of memory
 
     // From a worker, in the order of its work.
-    need,         ///< `value` bytes of memory are needed for the next step
+    need,         ///< `bytes` of memory and `seconds` of processor time are needed from here on
     decoded,      ///< the picture is decoded; further failures are the encoder's
     memoryShort,  ///< an allocation has failed
-    done,         ///< the descriptor holds the output of `value` bytes; `sourceSize` were read
-    failed,       ///< with `failure`; `value` is the error number of a file
+    done,         ///< the descriptor holds the output of `bytes`; `sourceSize` bytes were read
+    failed,       ///< with `failure`; `errorNumber` is that of a file
   };
   enum class Failure : std::uint8_t { file, decoding, context, encoding };
 
@@ -36,7 +37,10 @@ struct Message {
   Failure failure = Failure::file;
   ImageFormat format = ImageFormat::png;
   std::int32_t process = 0;
-  std::int64_t value = 0;
+  std::int32_t status = 0;
+  std::int32_t errorNumber = 0;
+  std::uint64_t bytes = 0;
+  std::uint64_t seconds = 0;
   std::int64_t sourceSize = 0;
   double quality = 0;
 };

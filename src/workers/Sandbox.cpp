@@ -9,8 +9,8 @@
 #include <seccomp.h>
 #include <signal.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/syscall.h>
+#include <unistd.h>
 
 #include <cerrno>
 
@@ -39,15 +39,13 @@ constexpr int allowedCalls[]{
     SCMP_SYS(ppoll),
     // Memory.
     SCMP_SYS(mmap), SCMP_SYS(munmap), SCMP_SYS(mremap), SCMP_SYS(mprotect), SCMP_SYS(madvise),
-    SCMP_SYS(brk), SCMP_SYS(prlimit64), SCMP_SYS(getrlimit), SCMP_SYS(setrlimit),
-    SCMP_SYS(getrusage), SCMP_SYS(sysinfo),
+    SCMP_SYS(brk), SCMP_SYS(getrlimit), SCMP_SYS(setrlimit), SCMP_SYS(getrusage), SCMP_SYS(sysinfo),
     // Threads.
     SCMP_SYS(futex), SCMP_SYS(set_robust_list), SCMP_SYS(rseq), SCMP_SYS(membarrier),
     SCMP_SYS(gettid), SCMP_SYS(getpid), SCMP_SYS(sched_yield), SCMP_SYS(sched_getaffinity),
     SCMP_SYS(exit), SCMP_SYS(exit_group),
-    // Signals: abort() and its kin.
+    // Signals.
     SCMP_SYS(rt_sigaction), SCMP_SYS(rt_sigprocmask), SCMP_SYS(rt_sigreturn), SCMP_SYS(sigaltstack),
-    SCMP_SYS(tgkill),
     // Time and chance.
     SCMP_SYS(clock_gettime), SCMP_SYS(clock_nanosleep), SCMP_SYS(nanosleep), SCMP_SYS(gettimeofday),
     SCMP_SYS(getrandom)};
@@ -61,6 +59,10 @@ void filterSystemCalls() {
   for (const int call : allowedCalls) seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, call, 0);
   seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, SCMP_SYS(clone), 1,
                    SCMP_A0(SCMP_CMP_MASKED_EQ, CLONE_THREAD, CLONE_THREAD));
+  // Limits and signals, abort()'s among them: of this process only.
+  seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, SCMP_SYS(prlimit64), 1, SCMP_A0(SCMP_CMP_EQ, 0));
+  seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, SCMP_SYS(tgkill), 1,
+                   SCMP_A0(SCMP_CMP_EQ, static_cast<scmp_datum_t>(getpid())));
   seccomp_rule_add(filter.get(), SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0);
   seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, SCMP_SYS(fcntl), 1,
                    SCMP_A1(SCMP_CMP_EQ, F_ADD_SEALS));
@@ -71,8 +73,7 @@ void filterSystemCalls() {
 
 void enter() {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  const rlimit noCore{0, 0};
-  setrlimit(RLIMIT_CORE, &noCore);
+  prctl(PR_SET_DUMPABLE, 0);  // no core dump, and no other process of the user's looks in
   prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
   denyFiles();
   filterSystemCalls();

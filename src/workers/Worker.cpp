@@ -30,11 +30,12 @@ const Channel* firstProcess = nullptr;
 
 void reportShortMemory() { firstProcess->send({.kind = Kind::memoryShort}); }
 
-void limit(__rlimit_resource resource, std::uint64_t value) {
+/// Lets allocations fail where this process would hold more private writable bytes.
+void limitData(std::uint64_t bytes) {
   rlimit limits{};
-  getrlimit(resource, &limits);
-  limits.rlim_cur = std::min<rlim_t>(value, limits.rlim_max);
-  setrlimit(resource, &limits);
+  getrlimit(RLIMIT_DATA, &limits);
+  limits.rlim_cur = std::min<rlim_t>(bytes, limits.rlim_max);
+  setrlimit(RLIMIT_DATA, &limits);
 }
 
 /// Private writable bytes of this process (proc(5): the field "data").
@@ -45,28 +46,23 @@ std::uint64_t dataBytes() {
   return pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
 }
 
-std::uint64_t processorSeconds() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return static_cast<std::uint64_t>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) + 1;
-}
-
 /// `bytes` in memory that can be handed over and that nobody changes any more. Throws FileError: a
 /// user's limit of file sizes counts for this memory as it does for the output itself.
 Descriptor sealed(ByteView bytes) {
   Descriptor memory(memfd_create("output", MFD_CLOEXEC | MFD_ALLOW_SEALING));
   if (!memory) throw FileError(errno);
-  while (!bytes.empty()) {
-    const ssize_t written = write(memory.number(), bytes.data(), bytes.size());
-    if (written < 0) throw FileError(errno);
-    bytes = bytes.subspan(static_cast<std::size_t>(written));
+  try {
+    memory.write(bytes);
+  } catch (const FileError& error) {
+    if (error.errorNumber() != EFBIG) AllocationFailures::report();
+    throw;
   }
   fcntl(memory.number(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE);
   return memory;
 }
 
 /// Memory that a worker keeps for its next job, in bytes of the grant for the last one.
-constexpr std::int64_t largestKept = std::int64_t{128} << 20;
+constexpr std::uint64_t largestKept = std::uint64_t{128} << 20;
 
 /// Does one job after the other.
 class Worker {
@@ -90,55 +86,52 @@ class Worker {
 
  private:
   void fail(Failure failure, int errorNumber = 0) const {
-    channel_.send({.kind = Kind::failed, .failure = failure, .value = errorNumber});
+    channel_.send({.kind = Kind::failed, .failure = failure, .errorNumber = errorNumber});
   }
 
   void compress(const Message& job, const SourceFile& source) {
-    limit(RLIMIT_CPU, processorSeconds() + JobCost::openingSeconds);
-    permit(job.value);
+    permit(job.bytes);
     const Bytes file = source.readWhole();
     Compression compression(file, job.format, job.quality);
     const ImageSource& header = compression.source();
-    limit(RLIMIT_CPU, processorSeconds() + JobCost::seconds(header, job.format));
-    askFor(file.size() + JobCost::decodingMemory(header));
+    askFor(file.size() + JobCost::memory(header, job.format), JobCost::seconds(header, job.format));
     compression.decode();
     channel_.send({.kind = Kind::decoded});
     failure_ = Failure::encoding;
-    askFor(file.size() + JobCost::encodingMemory(header, job.format, compression.hasAlpha()));
     const Bytes output = compression.encode();
     const Descriptor memory = sealed(output);
     channel_.send({.kind = Kind::done,
-                   .value = static_cast<std::int64_t>(output.size()),
+                   .bytes = output.size(),
                    .sourceSize = static_cast<std::int64_t>(file.size())},
                   memory.number());
   }
 
-  /// Lets allocations fail past this many bytes, and a little more.
-  void permit(std::int64_t bytes) {
+  /// Lets allocations fail past this many bytes.
+  void permit(std::uint64_t bytes) {
     granted_ = bytes;
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // their own memory is unknown
-    limit(RLIMIT_DATA, ownBytes_ + static_cast<std::uint64_t>(bytes + bytes / 4));
+    limitData(ownBytes_ + bytes);
 #endif
   }
 
   /// Waits until so much may be taken. Small pictures have it from the beginning.
-  void askFor(std::uint64_t bytes) {
-    if (std::cmp_less_equal(bytes, granted_)) return;
-    channel_.send({.kind = Kind::need, .value = static_cast<std::int64_t>(bytes)});
+  void askFor(std::uint64_t bytes, std::uint64_t seconds) {
+    if (bytes <= granted_ && seconds <= JobCost::smallSeconds) return;
+    channel_.send({.kind = Kind::need, .bytes = bytes, .seconds = seconds});
     const auto answer = channel_.receive();
     if (!answer) _exit(0);
-    permit(answer->message.value);
+    permit(answer->message.bytes);
   }
 
   const Channel& channel_;
   const std::uint64_t ownBytes_;
-  std::int64_t granted_ = 0;             ///< bytes for the job
+  std::uint64_t granted_ = 0;            ///< bytes for the job
   Failure failure_ = Failure::decoding;  ///< of what is at work
 };
 
 }  // namespace
 
-void runWorker(const Channel& channel) {
+void runWorker(const Channel& channel) noexcept {
   firstProcess = &channel;
   Worker worker(channel, dataBytes() + JobCost::baseMemory);
   Sandbox::enter();

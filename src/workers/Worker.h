@@ -9,6 +9,6 @@ namespace orvane {
 ///
 /// A job is answered by `need`, which waits for a `grant`, `decoded` and `done`, or by `failed`
 /// anywhere between; `memoryShort` may come at any time.
-void runWorker(const Channel& channel);
+void runWorker(const Channel& channel) noexcept;
 
 }  // namespace orvane

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <set>
 #include <system_error>
 
 #include "codecs/heic/HEICContext.h"
@@ -39,26 +40,57 @@ Channel closeOthers(Channel kept) {
   return moved;
 }
 
-/// A new worker and the first process's end of its channel.
-void startWorker(const Channel& toFirst) try {
-  auto [first, workers] = Channel::makePair();
-  const pid_t process = forkOrThrow();
-  if (process == 0) {
-    first = Channel(Descriptor());
-    close(toFirst.descriptor());
-    runWorker(workers);
-    _exit(0);
-  }
-  toFirst.send({.kind = Message::Kind::started, .process = process}, first.descriptor());
-} catch (const std::system_error&) {
-  toFirst.send({.kind = Message::Kind::refused});
-}
+/// Starts workers and ends them, as the first process asks.
+class Factory {
+ public:
+  explicit Factory(Channel toFirst) : toFirst_(std::move(toFirst)) {}
 
-void reapWorker(const Channel& toFirst, pid_t process) {
-  int status = 0;
-  const bool isKnown = waitpid(process, &status, 0) == process;
-  toFirst.send({.kind = isKnown ? Message::Kind::reaped : Message::Kind::refused, .value = status});
-}
+  /// Until the first process is gone.
+  void run() {
+    while (const auto received = toFirst_.receive()) {
+      if (received->message.kind == Message::Kind::start) {
+        start();
+      } else {
+        reap(received->message.process);
+      }
+    }
+    endAll();
+  }
+
+ private:
+  void start() try {
+    auto [first, workers] = Channel::makePair();
+    const pid_t process = forkOrThrow();
+    if (process == 0) {
+      first = Channel(Descriptor());
+      toFirst_ = Channel(Descriptor());
+      runWorker(workers);
+      _exit(0);
+    }
+    workers_.insert(process);
+    toFirst_.send({.kind = Message::Kind::started, .process = process}, first.descriptor());
+  } catch (const std::system_error&) {
+    toFirst_.send({.kind = Message::Kind::refused});
+  }
+
+  /// Ends the worker first: one that sleeps would be waited for without end.
+  void reap(pid_t process) {
+    int status = 0;
+    const bool isKnown = workers_.erase(process) > 0 && kill(process, SIGKILL) == 0 &&
+                         waitpid(process, &status, 0) == process;
+    toFirst_.send(
+        {.kind = isKnown ? Message::Kind::reaped : Message::Kind::refused, .status = status});
+  }
+
+  /// Waits for all, so that their processor time counts as this program's for who measures it.
+  void endAll() {
+    for (const pid_t worker : workers_) kill(worker, SIGKILL);
+    while (wait(nullptr) > 0) continue;
+  }
+
+  Channel toFirst_;
+  std::set<pid_t> workers_;
+};
 
 /// Lets libraries read the files now that they would open at their first use.
 void warmUp() {
@@ -66,20 +98,14 @@ void warmUp() {
   makeHEICContext();
 }
 
-[[noreturn]] void runFactory(Channel channel) {
+/// An exception must not reach the caller, who would become a second first process.
+[[noreturn]] void runFactory(Channel channel) noexcept {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
+  signal(SIGCHLD, SIG_DFL);  // where the program's caller ignores it, no status would be kept
   silence();
-  const Channel toFirst = closeOthers(std::move(channel));
+  Factory factory(closeOthers(std::move(channel)));
   warmUp();
-  while (const auto received = toFirst.receive()) {
-    if (received->message.kind == Message::Kind::start) {
-      startWorker(toFirst);
-    } else {
-      reapWorker(toFirst, received->message.process);
-    }
-  }
-  // Their processor time counts as this process's, for who measures the program.
-  while (wait(nullptr) > 0) continue;
+  factory.run();
   _exit(0);
 }
 
@@ -107,14 +133,16 @@ std::optional<Channel::Received> WorkerFactory::ask(const Message& question) {
 
 std::optional<WorkerFactory::Worker> WorkerFactory::start() {
   auto answer = ask({.kind = Message::Kind::start});
-  if (!answer || answer->message.kind != Message::Kind::started) return std::nullopt;
+  const bool isStarted =
+      answer && answer->message.kind == Message::Kind::started && answer->descriptor;
+  if (!isStarted) return std::nullopt;
   return Worker{answer->message.process, Channel(std::move(answer->descriptor))};
 }
 
 std::optional<int> WorkerFactory::reap(pid_t process) {
   const auto answer = ask({.kind = Message::Kind::reap, .process = process});
   if (!answer || answer->message.kind != Message::Kind::reaped) return std::nullopt;
-  return static_cast<int>(answer->message.value);
+  return answer->message.status;
 }
 
 }  // namespace orvane

@@ -30,8 +30,8 @@ class WorkerFactory {
   /// Nothing where no process can be had. Any thread.
   std::optional<Worker> start();
 
-  /// Waits for the end of a worker whose channel is closed, and gives its wait status (wait(2)), or
-  /// nothing when that is not known. Any thread.
+  /// Ends a worker, be it dead already, and gives its wait status (wait(2)), or nothing when that
+  /// is not known. Any thread.
   std::optional<int> reap(pid_t process);
 
  private:

@@ -18,10 +18,12 @@
 #include "platform/foundation/Memory.h"
 #include "platform/foundation/SourceFile.h"
 #include "workers/JobCost.h"
+#include "workers/Supervision.h"
 
 namespace orvane {
 namespace {
 
+using Failure = Message::Failure;
 using Kind = Message::Kind;
 
 /// Workers that have held more are not used again: their memory may be in pieces.
@@ -36,21 +38,36 @@ std::uint64_t firstShare(const SourceFile& source, const MemoryBudget& budget) {
   return source.size() > 0 ? source.size() + JobCost::smallPicture : budget.total() / 4;
 }
 
+std::exception_ptr errorOf(Failure failure, int errorNumber, ImageFormat format) {
+  switch (failure) {
+    case Failure::file:
+      return std::make_exception_ptr(FileError(errorNumber));
+    case Failure::decoding:
+      return std::make_exception_ptr(ImageProcessingError::decodingFailed());
+    case Failure::context:
+      return std::make_exception_ptr(ImageProcessingError::contextCreationFailed());
+    case Failure::encoding:
+      break;
+  }
+  return std::make_exception_ptr(ImageProcessingError::encodingFailed(format));
+}
+
+/// Whether this is memory of so many bytes that nobody can change any more.
+bool isSealed(const Descriptor& memory, std::size_t size) {
+  constexpr int neededSeals = F_SEAL_SHRINK | F_SEAL_WRITE;
+  struct stat status {};
+  return (fcntl(memory.number(), F_GET_SEALS) & neededSeals) == neededSeals &&
+         fstat(memory.number(), &status) == 0 && std::cmp_equal(status.st_size, size);
+}
+
 bool wasKilled(std::optional<int> status) {
   return status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGKILL;
 }
 
-/// The memory in which a worker has put its output, read-only. Throws FileError when it is not what
-/// it should be: the worker may have been taken over by its picture.
+/// The memory, read-only; null where it cannot be mapped.
 std::shared_ptr<const void> mapped(const Descriptor& memory, std::size_t size) {
-  constexpr int neededSeals = F_SEAL_SHRINK | F_SEAL_WRITE;
-  struct stat status {};
-  const bool isGood = (fcntl(memory.number(), F_GET_SEALS) & neededSeals) == neededSeals &&
-                      fstat(memory.number(), &status) == 0 &&
-                      std::cmp_equal(status.st_size, size) && size > 0;
-  if (!isGood) throw std::bad_alloc();
   void* const start = mmap(nullptr, size, PROT_READ, MAP_SHARED, memory.number(), 0);
-  if (start == MAP_FAILED) throw std::bad_alloc();
+  if (start == MAP_FAILED) return nullptr;
   return {start, [size](void* mapping) { munmap(mapping, size); }};
 }
 
@@ -58,63 +75,58 @@ std::shared_ptr<const void> mapped(const Descriptor& memory, std::size_t size) {
 
 /// The outcome of one attempt.
 struct WorkerPool::Outcome {
+  enum class WorkerState { healthy, ended, givenUp };
+
   std::optional<CompressedFile> file;
   std::exception_ptr error;  ///< when there is no file
   bool wasShortOfMemory = false;
-  bool isWorkerAlive = true;
+  WorkerState workerState = WorkerState::healthy;
 };
 
-namespace {
-
-std::exception_ptr errorOf(const Message& message, ImageFormat format) {
-  switch (message.failure) {
-    case Message::Failure::file:
-      return std::make_exception_ptr(FileError(static_cast<int>(message.value)));
-    case Message::Failure::decoding:
-      return std::make_exception_ptr(ImageProcessingError::decodingFailed());
-    case Message::Failure::context:
-      return std::make_exception_ptr(ImageProcessingError::contextCreationFailed());
-    case Message::Failure::encoding:
-      break;
-  }
-  return std::make_exception_ptr(ImageProcessingError::encodingFailed(format));
-}
-
-}  // namespace
-
-/// One job's exchange of messages with a worker.
+/// One job's exchange of messages with a worker, which may have been taken over by its picture.
 class WorkerPool::Conversation {
  public:
-  Conversation(const Channel& worker, MemoryBudget::Share& share, Company company,
-               ImageFormat format)
-      : worker_(worker), share_(share), company_(company), format_(format) {}
+  Conversation(const WorkerPool& pool, const Worker& worker, const SourceFile& source,
+               MemoryBudget::Share& share, const Message& job)
+      : pool_(pool),
+        channel_(worker.channel),
+        supervision_(worker.process, pool.patience_),
+        source_(source),
+        share_(share),
+        job_(job) {
+    supervision_.allow(JobCost::smallSeconds);
+  }
 
   /// Follows a job that the worker has been given.
   Outcome run() {
-    while (outcome_.isWorkerAlive && !isOver()) {
-      if (auto received = worker_.receive()) {
+    while (!outcome_.file && !outcome_.error) {
+      if (!channel_.waitFor(std::chrono::seconds(1))) {
+        if (supervision_.isExceeded()) giveUp();
+      } else if (auto received = channel_.receive()) {
         take(*received);
       } else {
-        outcome_.isWorkerAlive = false;
-        outcome_.error = errorOf(stage_, format_);
+        end(Outcome::WorkerState::ended);
       }
     }
     return std::move(outcome_);
   }
 
  private:
-  bool isOver() const { return outcome_.file || outcome_.error; }
+  void end(Outcome::WorkerState state) {
+    outcome_.workerState = state;
+    outcome_.error = errorOf(stage_, 0, job_.format);
+  }
+
+  void giveUp() { end(Outcome::WorkerState::givenUp); }
 
   void take(const Channel::Received& received) {
     const Message& message = received.message;
     switch (message.kind) {
       case Kind::need:
-        // A file that is alone has everything already.
-        if (company_ == Company::others) share_.resize(static_cast<std::uint64_t>(message.value));
-        worker_.send({.kind = Kind::grant, .value = static_cast<std::int64_t>(share_.bytes())});
+        grant(message);
         break;
       case Kind::decoded:
-        stage_.failure = Message::Failure::encoding;
+        stage_ = Failure::encoding;
         break;
       case Kind::memoryShort:
         outcome_.wasShortOfMemory = true;
@@ -122,28 +134,55 @@ class WorkerPool::Conversation {
       case Kind::done:
         takeOutput(received);
         break;
+      case Kind::failed:
+        outcome_.error = errorOf(message.failure, message.errorNumber, job_.format);
+        break;
       default:
-        outcome_.error = errorOf(message, format_);
+        giveUp();
     }
   }
 
+  void grant(const Message& need) {
+    // A file that is alone has everything already.
+    const std::uint64_t wanted = std::min(need.bytes, pool_.budget_.total());
+    if (wanted > share_.bytes()) {
+      share_.exchange(std::min(source_.size(), share_.bytes()), wanted);
+    }
+    supervision_.allow(std::min(need.seconds, maximumSeconds));
+    channel_.send({.kind = Kind::grant, .bytes = pool_.limit(share_)});
+  }
+
   void takeOutput(const Channel::Received& received) {
-    const auto size = static_cast<std::size_t>(received.message.value);
+    const std::uint64_t size = received.message.bytes;
+    if (size == 0 || size > pool_.limit(share_) || !isSealed(received.descriptor, size)) {
+      return giveUp();
+    }
     const auto storage = mapped(received.descriptor, size);
-    outcome_.file = {.sourceSize = received.message.sourceSize,
+    if (!storage) {
+      outcome_.wasShortOfMemory = true;
+      outcome_.error = errorOf(Failure::encoding, 0, job_.format);
+      return;
+    }
+    outcome_.file = {.sourceSize = std::max<std::int64_t>(received.message.sourceSize, 0),
                      .storage = storage,
                      .output = {static_cast<const std::uint8_t*>(storage.get()), size}};
   }
 
-  const Channel& worker_;
+  /// More than any picture takes.
+  static constexpr std::uint64_t maximumSeconds = std::uint64_t{7} * 24 * 3600;
+
+  const WorkerPool& pool_;
+  const Channel& channel_;
+  Supervision supervision_;
+  const SourceFile& source_;
   MemoryBudget::Share& share_;
-  Company company_;
-  ImageFormat format_;
-  Message stage_{.failure = Message::Failure::decoding};  ///< of a worker that ends now
+  const Message& job_;
+  Failure stage_ = Failure::decoding;  ///< of a worker that ends now
   Outcome outcome_;
 };
 
-WorkerPool::WorkerPool() : budget_(memoryForFiles()) {
+WorkerPool::WorkerPool(std::chrono::milliseconds patience)
+    : patience_(patience), budget_(memoryForFiles()) {
 #ifdef M_ARENA_MAX
   // This process's threads mostly wait. A heap of its own for each would reserve 64 MiB of address
   // space.
@@ -160,21 +199,25 @@ ImageCompressor::CompressSource WorkerPool::sourceCompressor() try {
 }
 
 CompressedFile WorkerPool::compress(const std::string& path, ImageFormat format, double quality) {
-  Outcome outcome = attempt(path, format, quality, Company::others);
-  // An outcome without enough memory would depend on the other files at work.
-  if (outcome.wasShortOfMemory) outcome = attempt(path, format, quality, Company::none);
+  const SourceFile source = SourceFile::open(path);
+  Outcome outcome = attempt(source, format, quality, Company::others);
+  // An outcome without enough memory would depend on the other files at work. A pipe can be read
+  // only once.
+  if (outcome.wasShortOfMemory && source.size() > 0) {
+    outcome = attempt(SourceFile::open(path), format, quality, Company::none);
+  }
   if (!outcome.file) std::rethrow_exception(outcome.error);
   return *std::move(outcome.file);
 }
 
-WorkerPool::Outcome WorkerPool::attempt(const std::string& path, ImageFormat format, double quality,
-                                        Company company) {
-  const SourceFile source = SourceFile::open(path);
+WorkerPool::Outcome WorkerPool::attempt(const SourceFile& source, ImageFormat format,
+                                        double quality, Company company) {
+  const bool isAlone = company == Company::none;
   MemoryBudget::Share share(
-      budget_, company == Company::none ? budget_.total() : firstShare(source, budget_));
+      budget_, isAlone ? budget_.total() : std::min(firstShare(source, budget_), budget_.total()));
   const Message job{.kind = Kind::job,
                     .format = format,
-                    .value = static_cast<std::int64_t>(share.bytes()),
+                    .bytes = limit(share),
                     .sourceSize = static_cast<std::int64_t>(source.size()),
                     .quality = quality};
   std::optional<Worker> worker = take(company);
@@ -182,38 +225,60 @@ WorkerPool::Outcome WorkerPool::attempt(const std::string& path, ImageFormat for
     bury(*std::move(worker));  // it died while it was idle
     worker = take(company);
   }
-  if (!worker) return {.file = compressHere(path, format, quality)};
-  Outcome outcome = Conversation(worker->channel, share, company, format).run();
-  const bool isReusable =
-      outcome.isWorkerAlive && !outcome.wasShortOfMemory && share.bytes() <= maximumReusedShare;
-  if (isReusable) {
+  if (!worker) {
+    share.exchange(0, budget_.total());
+    return {.file = compressOpenFile(source, format, quality)};
+  }
+  Outcome outcome = Conversation(*this, *worker, source, share, job).run();
+  using State = Outcome::WorkerState;
+  if (outcome.workerState == State::healthy && !outcome.wasShortOfMemory &&
+      share.bytes() <= maximumReusedShare) {
     giveBack(*std::move(worker));
-  } else if (wasKilled(bury(*std::move(worker))) && !outcome.isWorkerAlive) {
+  } else if (wasKilled(bury(*std::move(worker))) && outcome.workerState == State::ended) {
     outcome.wasShortOfMemory = true;  // the system kills when memory is short
   }
   return outcome;
 }
 
+std::uint64_t WorkerPool::limit(const MemoryBudget::Share& share) const {
+  return std::min(share.bytes() + share.bytes() / 4, budget_.total());
+}
+
 std::optional<WorkerPool::Worker> WorkerPool::take(Company company) {
   if (company == Company::others) {
     const std::scoped_lock lock(mutex_);
-    if (!idle_.empty()) {
-      Worker worker = std::move(idle_.back());
-      idle_.pop_back();
-      return worker;
-    }
+    if (auto worker = takeIdle()) return worker;
   }
-  return factory_.start();
+  auto worker = factory_.start();
+  std::unique_lock lock(mutex_);
+  if (worker) {
+    ++living_;
+    return worker;
+  }
+  changed_.wait(lock, [&] { return !idle_.empty() || living_ == 0; });
+  return takeIdle();
+}
+
+std::optional<WorkerPool::Worker> WorkerPool::takeIdle() {
+  if (idle_.empty()) return std::nullopt;
+  Worker worker = std::move(idle_.back());
+  idle_.pop_back();
+  return worker;
 }
 
 void WorkerPool::giveBack(Worker worker) {
   const std::scoped_lock lock(mutex_);
   idle_.push_back(std::move(worker));
+  changed_.notify_one();
 }
 
 std::optional<int> WorkerPool::bury(Worker worker) {
   worker.channel = Channel(Descriptor());
-  return factory_.reap(worker.process);
+  const auto status = factory_.reap(worker.process);
+  const std::scoped_lock lock(mutex_);
+  --living_;
+  changed_.notify_all();
+  return status;
 }
 
 }  // namespace orvane

@@ -1,11 +1,16 @@
 #pragma once
 
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "pipeline/ImageCompressor.h"
+#include "platform/foundation/SourceFile.h"
 #include "workers/MemoryBudget.h"
 #include "workers/WorkerFactory.h"
 
@@ -16,15 +21,14 @@ namespace orvane {
 class WorkerPool {
  public:
   /// Throws std::system_error where no processes can be had. To be called while the process has one
-  /// thread.
-  WorkerPool();
+  /// thread. A worker that does nothing for longer than `patience` is given up with its file.
+  explicit WorkerPool(std::chrono::milliseconds patience = std::chrono::minutes(1));
 
   /// Compresses with a pool of its own, or in this process where no others can be had. To be called
   /// while the process has one thread.
   static ImageCompressor::CompressSource sourceCompressor();
 
-  /// As compressHere: the same bytes, the same errors. This process does not look
-  /// into the file.
+  /// As compressHere: the same bytes, the same errors. This process does not look into the file.
   CompressedFile compress(const std::string& path, ImageFormat format, double quality);
 
  private:
@@ -34,20 +38,29 @@ class WorkerPool {
   class Conversation;
 
   /// One attempt; with `Company::none` it waits for all the memory there is.
-  Outcome attempt(const std::string& path, ImageFormat format, double quality, Company company);
+  Outcome attempt(const SourceFile& source, ImageFormat format, double quality, Company company);
 
-  /// An idle worker, or a new one; nothing where there is none to be had. Always a new one for a
-  /// file that is alone: its outcome may not depend on what a worker has done before.
+  /// Bytes past which allocations of a worker with this share fail: an estimate that is a little
+  /// too low costs no file.
+  std::uint64_t limit(const MemoryBudget::Share& share) const;
+
+  /// An idle worker, or a new one. A file that is alone gets a new one while there are any to be
+  /// had: its outcome may not depend on what a worker has done before. Waits for one that is at
+  /// work where there are no more processes; nothing when none is left.
   std::optional<Worker> take(Company company);
+  std::optional<Worker> takeIdle();  ///< with the mutex held
   void giveBack(Worker worker);
 
-  /// The wait status of a worker that is dead or about to end.
+  /// Ends a worker. Gives its wait status where it is known.
   std::optional<int> bury(Worker worker);
 
+  const std::chrono::milliseconds patience_;
   WorkerFactory factory_;
   MemoryBudget budget_;
   std::mutex mutex_;  ///< guards what follows
+  std::condition_variable changed_;
   std::vector<Worker> idle_;
+  std::size_t living_ = 0;  ///< workers, idle or not
 };
 
 }  // namespace orvane

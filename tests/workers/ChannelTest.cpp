@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace orvane {
@@ -9,12 +10,12 @@ namespace {
 
 TEST(Channel, passesMessagesInTheirOrder) {
   const auto [left, right] = Channel::makePair();
-  EXPECT_TRUE(left.send({.kind = Message::Kind::need, .value = 7}));
+  EXPECT_TRUE(left.send({.kind = Message::Kind::need, .bytes = 7}));
   EXPECT_TRUE(left.send({.kind = Message::Kind::decoded}));
   const auto first = right.receive();
   ASSERT_TRUE(first);
   EXPECT_EQ(first->message.kind, Message::Kind::need);
-  EXPECT_EQ(first->message.value, 7);
+  EXPECT_EQ(first->message.bytes, 7u);
   EXPECT_FALSE(first->descriptor);
   EXPECT_EQ(right.receive()->message.kind, Message::Kind::decoded);
 }
@@ -31,6 +32,44 @@ TEST(Channel, copiesADescriptor) {
   char letter = 0;
   ASSERT_EQ(read(reading.number(), &letter, 1), 1);
   EXPECT_EQ(letter, 'x');
+}
+
+TEST(Channel, knowsWhetherThereIsAMessage) {
+  auto [left, right] = Channel::makePair();
+  EXPECT_FALSE(right.waitFor(std::chrono::milliseconds(1)));
+  left.send({.kind = Message::Kind::start});
+  EXPECT_TRUE(right.waitFor(std::chrono::hours(1)));
+  right.receive();
+  left = Channel(Descriptor());
+  EXPECT_TRUE(right.waitFor(std::chrono::hours(1)));
+}
+
+/// The lowest number that is free.
+int nextDescriptor() { return Descriptor(dup(STDERR_FILENO)).number(); }
+
+/// What a worker that its picture has taken over may send.
+TEST(Channel, keepsNothingOfWhatIsNoMessage) {
+  const auto [left, right] = Channel::makePair();
+  const int before = nextDescriptor();
+  Message message;
+  iovec part{&message, sizeof message};
+  alignas(cmsghdr) char control[CMSG_SPACE(2 * sizeof(int))]{};
+  msghdr header{};
+  header.msg_iov = &part;
+  header.msg_iovlen = 1;
+  header.msg_control = control;
+  header.msg_controllen = sizeof control;
+  cmsghdr* const rights = CMSG_FIRSTHDR(&header);
+  rights->cmsg_level = SOL_SOCKET;
+  rights->cmsg_type = SCM_RIGHTS;
+  for (const std::size_t descriptors : {1, 2}) {
+    rights->cmsg_len = CMSG_LEN(descriptors * sizeof(int));
+    header.msg_controllen = rights->cmsg_len;
+    part.iov_len = descriptors == 2 ? sizeof message : sizeof message - 1;
+    ASSERT_GT(sendmsg(left.descriptor(), &header, 0), 0);
+    EXPECT_FALSE(right.receive());
+    EXPECT_EQ(nextDescriptor(), before);
+  }
 }
 
 TEST(Channel, endsWithItsOtherEnd) {

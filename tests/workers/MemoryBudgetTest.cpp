@@ -73,13 +73,17 @@ TEST(MemoryBudget, servesThoseThatWaitInTheOrderInWhichTheyCame) {
 TEST(MemoryBudget, letsOneGrowWhereAllWaitToGrow) {
   MemoryBudget budget(100);
   std::atomic<int> grown = 0;
+  std::atomic<int> atWork = 0;
   std::barrier allHaveShares(4);
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&] {
       Share share(budget, 25);
       allHaveShares.arrive_and_wait();
-      share.resize(80);  // four of them would wait for each other
+      share.exchange(10, 90);  // four of them would wait for each other
+      EXPECT_EQ(++atWork, 1);
+      std::this_thread::yield();
+      --atWork;
       ++grown;
     });
   }

@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -21,6 +23,7 @@ namespace {
   char name[] = "/bin/true";
   char* const arguments[]{name, nullptr};
   struct stat status {};
+  rlimit limit{};
   if (open("/etc/passwd", O_RDONLY) >= 0) _exit(1);
   if (openat(folder, "etc/passwd", O_RDONLY) >= 0) _exit(2);
   if (open("/tmp/orvane-sandbox-test", O_WRONLY | O_CREAT, 0600) >= 0) _exit(3);
@@ -29,6 +32,8 @@ namespace {
   if (fork() >= 0) _exit(6);
   if (execv(name, arguments) == 0) _exit(7);
   if (kill(getppid(), 0) == 0) _exit(8);
+  if (tgkill(getppid(), getppid(), 0) == 0) _exit(11);
+  if (prlimit(getppid(), RLIMIT_NOFILE, nullptr, &limit) == 0) _exit(12);
   if (stat("/etc/passwd", &status) == 0) _exit(9);
   if (unlink("/tmp/orvane-sandbox-test") == 0) _exit(10);
   _exit(0);

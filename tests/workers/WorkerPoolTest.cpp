@@ -1,7 +1,9 @@
 #include "workers/WorkerPool.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -53,6 +55,11 @@ struct WorkerPoolTest : testing::Test {
   std::string write(const std::string& name, ByteView bytes) {
     test::writeFile(folder / name, bytes);
     return folder / name;
+  }
+  /// The factory has its channel and the standard streams, and can open no more.
+  void refuseMoreWorkers() {
+    const rlimit limit{4, 4};
+    prlimit(childrenOf(getpid()).front(), RLIMIT_NOFILE, &limit, nullptr);
   }
   std::string picture() { return write("a.png", test::pngFile(test::noisyImage(60, 40))); }
 };
@@ -128,10 +135,6 @@ TEST_P(WorkerDeath, costsOneFile) {
     std::vector<pid_t> victims;
     while ((victims = workers()).empty()) std::this_thread::yield();
     for (const pid_t victim : victims) kill(victim, GetParam());
-    // SIGKILL looks like a lack of memory: the file is tried once more.
-    while (GetParam() == SIGKILL && (workers().empty() || workers() == victims)) {
-      std::this_thread::yield();
-    }
   });
   EXPECT_THROW(pool.compress(path, ImageFormat::jpeg, 80), ImageProcessingError);
   killer.join();
@@ -140,6 +143,50 @@ TEST_P(WorkerDeath, costsOneFile) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, WorkerDeath, testing::Values(SIGSEGV, SIGABRT, SIGKILL),
                          [](const auto& parameter) { return std::to_string(parameter.param); });
+
+/// SIGKILL looks like a lack of memory.
+TEST_F(WorkerPoolTest, triesAFileOnceMoreWhoseWorkerWasKilled) {
+  const std::string path = write("a.png", test::pngFile(test::noisyImage(1500, 1000)));
+  std::vector<pid_t> victims;
+  std::thread killer([&] {
+    while ((victims = workers()).empty()) std::this_thread::yield();
+    for (const pid_t victim : victims) kill(victim, SIGKILL);
+  });
+  const CompressedFile file = pool.compress(path, ImageFormat::webp, 80);
+  killer.join();
+  EXPECT_EQ(bytesOf(file), bytesOf(compressHere(path, ImageFormat::webp, 80)));
+  EXPECT_NE(workers(), victims);
+}
+
+TEST(WorkerPool, givesUpAWorkerThatDoesNothing) {
+  WorkerPool pool(std::chrono::milliseconds(100));
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "fifo.png";
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  const Descriptor silent(open(path.c_str(), O_RDWR | O_CLOEXEC));
+  EXPECT_THROW(pool.compress(path, ImageFormat::jpeg, 80), ImageProcessingError);
+  EXPECT_TRUE(workers().empty());
+}
+
+TEST_F(WorkerPoolTest, waitsForAWorkerWhereThereAreNoMoreProcesses) {
+  const std::string path = write("a.png", test::pngFile(test::noisyImage(300, 200)));
+  pool.compress(path, ImageFormat::webp, 80);
+  const auto first = workers();
+  refuseMoreWorkers();
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] { EXPECT_NO_THROW(pool.compress(path, ImageFormat::webp, 80)); });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(workers(), first);
+}
+
+TEST_F(WorkerPoolTest, worksInThisProcessWhereThereIsNoOther) {
+  refuseMoreWorkers();
+  const CompressedFile file = pool.compress(picture(), ImageFormat::jpeg, 80);
+  EXPECT_EQ(bytesOf(file), bytesOf(compressHere(picture(), ImageFormat::jpeg, 80)));
+  EXPECT_TRUE(workers().empty());
+}
 
 TEST_F(WorkerPoolTest, startsAnotherWorkerForOneThatDiedIdle) {
   const std::string path = picture();

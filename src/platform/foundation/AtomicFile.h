@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/foundation/Bytes.h"
+#include "platform/foundation/Descriptor.h"
 #include "platform/foundation/TemporaryFile.h"
 
 namespace orvane {
@@ -16,10 +17,6 @@ class AtomicFile {
   /// umask.
   explicit AtomicFile(const std::string& path);
 
-  ~AtomicFile();
-  AtomicFile(const AtomicFile&) = delete;
-  AtomicFile& operator=(const AtomicFile&) = delete;
-
   /// Appends.
   void write(ByteView bytes);
 
@@ -29,7 +26,7 @@ class AtomicFile {
 
  private:
   TemporaryFile file_;
-  int descriptor_;  ///< −1 once closed
+  Descriptor descriptor_;
 };
 
 }  // namespace orvane

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include "platform/foundation/Bytes.h"
+
 namespace orvane {
 
 /// Owner of a file descriptor, or of none (−1).
@@ -17,10 +19,17 @@ class Descriptor {
     return *this;
   }
   ~Descriptor() {
-    if (number_ >= 0) close(number_);
+    if (number_ >= 0) ::close(number_);
   }
 
   int number() const { return number_; }
+
+  /// Writes all of them. Throws FileError.
+  void write(ByteView bytes) const;
+
+  /// Throws FileError where the system has lost what was written.
+  void close();
+
   explicit operator bool() const { return number_ >= 0; }
 
  private:

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
@@ -23,15 +22,11 @@ bool isHeldByAnother(int descriptor) {
 }  // namespace
 
 FolderLock::FolderLock(const std::string& folder)
-    : descriptor_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    : folder_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
   const auto end = std::chrono::steady_clock::now() + longestWait;
-  while (isHeldByAnother(descriptor_) && std::chrono::steady_clock::now() < end) {
+  while (isHeldByAnother(folder_.number()) && std::chrono::steady_clock::now() < end) {
     poll(nullptr, 0, millisecondsBetweenAttempts);
   }
-}
-
-FolderLock::~FolderLock() {
-  if (descriptor_ >= 0) close(descriptor_);
 }
 
 }  // namespace orvane

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "platform/foundation/Descriptor.h"
+
 namespace orvane {
 
 /// Lets one process at a time work in a folder, among those that take this lock. It is the system's
@@ -13,12 +15,8 @@ class FolderLock {
   /// Waits until the folder is free.
   explicit FolderLock(const std::string& folder);
 
-  ~FolderLock();
-  FolderLock(const FolderLock&) = delete;
-  FolderLock& operator=(const FolderLock&) = delete;
-
  private:
-  int descriptor_;  ///< −1 without the folder
+  Descriptor folder_;  ///< none where it is missing
 };
 
 }  // namespace orvane

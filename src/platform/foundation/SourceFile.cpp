@@ -41,18 +41,22 @@ void makeBlocking(int descriptor) {
 }  // namespace
 
 SourceFile SourceFile::open(const std::string& path) {
-  Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  constexpr int flags = O_RDONLY | O_NOCTTY | O_CLOEXEC;
+  Descriptor descriptor(::open(path.c_str(), flags | O_NONBLOCK));
+  if (!descriptor && errno == EWOULDBLOCK) {  // somebody else gives up a lease on it (fcntl(2))
+    descriptor = Descriptor(::open(path.c_str(), flags));
+  }
   if (!descriptor) throw FileError(errno);
   struct stat status = {};
   if (fstat(descriptor.number(), &status) != 0) throw FileError(errno);
   if (S_ISFIFO(status.st_mode)) waitForWriter(descriptor.number());
   makeBlocking(descriptor.number());
-  const bool isRegular = S_ISREG(status.st_mode);
-  return {std::move(descriptor), isRegular ? static_cast<std::uint64_t>(status.st_size) : 0};
+  const auto size = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
+  if (size > maximumBytes) throw FileError(EFBIG);
+  return {std::move(descriptor), size};
 }
 
 Bytes SourceFile::readWhole() const try {
-  if (size_ > maximumBytes) throw FileError(EFBIG);
   Bytes bytes(size_);
   // A file of no size may still give bytes: those of the kernel, below /proc, do.
   bytes.resize(size_ > 0 ? fill(bytes, 0) : fillToTheEnd(bytes));

@@ -13,8 +13,8 @@ class SourceFile {
  public:
   static constexpr std::uint64_t maximumBytes = std::uint64_t{2} << 30;
 
-  /// Opens it. A FIFO whose writer does not come within a second is an error (ETIMEDOUT). Throws
-  /// FileError.
+  /// Opens it. A FIFO whose writer does not come within a second is an error (ETIMEDOUT), and so is
+  /// a size past `maximumBytes` (EFBIG). Throws FileError.
   static SourceFile open(const std::string& path);
 
   /// A file that another process has opened, with the size that it found.

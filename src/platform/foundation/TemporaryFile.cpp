@@ -92,20 +92,20 @@ TemporaryFile::~TemporaryFile() {
   delist();
 }
 
-int TemporaryFile::create() {
+Descriptor TemporaryFile::create() {
   const auto formerPermissions = permissionsOfRegularFile(destination_);
-  int descriptor = -1;
+  Descriptor descriptor;
   int error = 0;
   {
     // Under the lock, no file is created after a handler has removed them.
     const ListLock lock;
-    descriptor = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
-                      formerPermissions.value_or(defaultPermissions));
+    descriptor = Descriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                                 formerPermissions.value_or(defaultPermissions)));
     error = errno;
   }
-  if (descriptor < 0) throw FileError(error, folderOf(path_));
+  if (!descriptor) throw FileError(error, folderOf(path_));
   // Restores the bits that the umask cleared. A file system without permissions may refuse.
-  if (formerPermissions) fchmod(descriptor, *formerPermissions);
+  if (formerPermissions) fchmod(descriptor.number(), *formerPermissions);
   return descriptor;
 }
 

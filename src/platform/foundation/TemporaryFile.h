@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "platform/foundation/Descriptor.h"
+
 namespace orvane {
 
 /// A hidden name beside a destination, for a file that is to be moved there. A file that has not
@@ -22,9 +24,8 @@ class TemporaryFile {
   const std::string& path() const { return path_; }
 
   /// Creates the empty file with the permissions of the regular file at the destination, else 0666
-  /// less the umask. Returns a descriptor for writing, which the caller closes. Throws FileError,
-  /// which names the folder.
-  int create();
+  /// less the umask. Returns it open for writing. Throws FileError, which names the folder.
+  Descriptor create();
 
   /// Moves the file to the destination in one step. It replaces a file or a symbolic link itself,
   /// never a folder. Must be called once. Throws FileError, which names the destination; the
