@@ -3,10 +3,12 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <system_error>
 #include <type_traits>
+#include <utility>
 
 namespace orvane {
 namespace {
@@ -46,11 +48,12 @@ std::pair<Channel, Channel> Channel::makePair() {
   return {Channel(Descriptor(ends[0])), Channel(Descriptor(ends[1]))};
 }
 
-bool Channel::send(const Message& message, int descriptor) const {
-  iovec part{const_cast<Message*>(&message), sizeof message};
+bool Channel::send(const Message& message, int descriptor, ByteView payload) const {
+  std::array<iovec, 2> parts{{{const_cast<Message*>(&message), sizeof message},
+                              {const_cast<std::uint8_t*>(payload.data()), payload.size()}}};
   msghdr header{};
-  header.msg_iov = &part;
-  header.msg_iovlen = 1;
+  header.msg_iov = parts.data();
+  header.msg_iovlen = parts.size();
   Control control{};
   if (descriptor >= 0) {
     header.msg_control = control.bytes;
@@ -63,7 +66,7 @@ bool Channel::send(const Message& message, int descriptor) const {
   }
   return repeatedWhenInterrupted([&] {
            return sendmsg(socket_.number(), &header, MSG_NOSIGNAL);
-         }) == static_cast<ssize_t>(sizeof message);
+         }) == static_cast<ssize_t>(sizeof message + payload.size());
 }
 
 bool Channel::waitFor(std::chrono::milliseconds time) const {
@@ -71,22 +74,24 @@ bool Channel::waitFor(std::chrono::milliseconds time) const {
   return poll(&waiting, 1, static_cast<int>(time.count())) > 0;
 }
 
-std::optional<Channel::Received> Channel::receive() const {
+std::optional<Channel::Received> Channel::receive(std::span<std::uint8_t> room) const {
   Received received;
-  iovec part{&received.message, sizeof received.message};
+  std::array<iovec, 2> parts{
+      {{&received.message, sizeof received.message}, {room.data(), room.size()}}};
   Control control{};
   msghdr header{};
-  header.msg_iov = &part;
-  header.msg_iovlen = 1;
+  header.msg_iov = parts.data();
+  header.msg_iovlen = parts.size();
   header.msg_control = control.bytes;
   header.msg_controllen = CMSG_LEN(sizeof(int));  // CMSG_SPACE has room for two descriptors
   const ssize_t size =
       repeatedWhenInterrupted([&] { return recvmsg(socket_.number(), &header, MSG_CMSG_CLOEXEC); });
   if (size < 0) return std::nullopt;
   received.descriptor = descriptorIn(header);
-  const bool isWhole = size == static_cast<ssize_t>(sizeof received.message) &&
+  const bool isWhole = std::cmp_greater_equal(size, sizeof received.message) &&
                        (header.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) == 0;
   if (!isWhole) return std::nullopt;
+  received.payloadSize = static_cast<std::size_t>(size) - sizeof received.message;
   return received;
 }
 

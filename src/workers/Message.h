@@ -28,7 +28,8 @@ struct Message {
     need,         ///< `bytes` of memory and `seconds` of processor time are needed from here on
     decoded,      ///< the picture is decoded; further failures are the encoder's
     memoryShort,  ///< an allocation has failed
-    done,         ///< the descriptor holds the output of `bytes`; `sourceSize` bytes were read
+    done,         ///< the payload is the output, or the descriptor holds it if it is longer;
+                  ///< `bytes` is its size; `sourceSize` bytes were read
     failed,       ///< with `failure`; `errorNumber` is that of a file
   };
   enum class Failure : std::uint8_t { file, decoding, context, encoding };

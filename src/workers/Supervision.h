@@ -4,7 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
-#include <ctime>
+#include <optional>
 
 namespace orvane {
 
@@ -14,26 +14,26 @@ class Supervision {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// Begins now. `worker` may not be reaped meanwhile. It may do nothing for `patience`.
-  Supervision(pid_t worker, Clock::duration patience);
+  /// `worker` may not be reaped meanwhile. It may do nothing for `patience`.
+  Supervision(pid_t worker, Clock::duration patience) : worker_(worker), patience_(patience) {}
 
-  /// Lets the worker use `seconds` of processor time from the beginning on, and takes it for awake.
-  void allow(std::uint64_t seconds);
+  /// Lets the worker use `seconds` of processor time, and takes it for awake.
+  void allow(std::uint64_t seconds) {
+    allowed_ = std::chrono::seconds(seconds);
+    lastAwake_.reset();
+  }
 
-  /// Whether the worker has used more than it may, or next to nothing for too long. To be asked
-  /// about once a second.
+  /// Whether the worker has used more than it may since this was first asked, or next to nothing
+  /// for too long. To be asked about once a second.
   bool isExceeded();
 
  private:
-  /// Of the worker's process since it was started.
-  std::chrono::nanoseconds processorTime() const;
-
-  clockid_t clock_ = CLOCK_REALTIME;
+  pid_t worker_;
   Clock::duration patience_;
-  std::chrono::nanoseconds before_{};   ///< used when this object began
-  std::chrono::nanoseconds allowed_{};  ///< from then on
-  std::chrono::nanoseconds lastUsed_{};
-  Clock::time_point lastAwake_;
+  std::chrono::nanoseconds allowed_{};
+  std::optional<std::chrono::nanoseconds> before_;  ///< used when this was first asked
+  std::optional<Clock::time_point> lastAwake_;      ///< seen
+  std::chrono::nanoseconds lastUsed_{};             ///< then
 };
 
 }  // namespace orvane

@@ -99,11 +99,12 @@ class Worker {
     channel_.send({.kind = Kind::decoded});
     failure_ = Failure::encoding;
     const Bytes output = compression.encode();
-    const Descriptor memory = sealed(output);
+    const bool isShort = output.size() <= Channel::maximumPayload;
+    const Descriptor memory = isShort ? Descriptor() : sealed(output);
     channel_.send({.kind = Kind::done,
                    .bytes = output.size(),
                    .sourceSize = static_cast<std::int64_t>(file.size())},
-                  memory.number());
+                  memory.number(), isShort ? output : ByteView());
   }
 
   /// Lets allocations fail past this many bytes.

@@ -102,7 +102,7 @@ class WorkerPool::Conversation {
     while (!outcome_.file && !outcome_.error) {
       if (!channel_.waitFor(std::chrono::seconds(1))) {
         if (supervision_.isExceeded()) giveUp();
-      } else if (auto received = channel_.receive()) {
+      } else if (auto received = channel_.receive({payload_.get(), Channel::maximumPayload})) {
         take(*received);
       } else {
         end(Outcome::WorkerState::ended);
@@ -154,18 +154,22 @@ class WorkerPool::Conversation {
 
   void takeOutput(const Channel::Received& received) {
     const std::uint64_t size = received.message.bytes;
-    if (size == 0 || size > pool_.limit(share_) || !isSealed(received.descriptor, size)) {
-      return giveUp();
-    }
-    const auto storage = mapped(received.descriptor, size);
-    if (!storage) {
+    if (size == 0 || size > pool_.limit(share_)) return giveUp();
+    if (received.payloadSize == size) return setOutput(received, payload_);
+    if (!isSealed(received.descriptor, size)) return giveUp();
+    if (const auto storage = mapped(received.descriptor, size)) {
+      setOutput(received, storage);
+    } else {
       outcome_.wasShortOfMemory = true;
       outcome_.error = errorOf(Failure::encoding, 0, job_.format);
-      return;
     }
-    outcome_.file = {.sourceSize = std::max<std::int64_t>(received.message.sourceSize, 0),
+  }
+
+  void setOutput(const Channel::Received& done, const std::shared_ptr<const void>& storage) {
+    outcome_.file = {.sourceSize = std::max<std::int64_t>(done.message.sourceSize, 0),
                      .storage = storage,
-                     .output = {static_cast<const std::uint8_t*>(storage.get()), size}};
+                     .output = {static_cast<const std::uint8_t*>(storage.get()),
+                                static_cast<std::size_t>(done.message.bytes)}};
   }
 
   /// More than any picture takes.
@@ -177,6 +181,8 @@ class WorkerPool::Conversation {
   const SourceFile& source_;
   MemoryBudget::Share& share_;
   const Message& job_;
+  const std::shared_ptr<std::uint8_t[]> payload_ =
+      std::make_shared_for_overwrite<std::uint8_t[]>(Channel::maximumPayload);
   Failure stage_ = Failure::decoding;  ///< of a worker that ends now
   Outcome outcome_;
 };

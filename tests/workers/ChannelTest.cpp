@@ -34,6 +34,20 @@ TEST(Channel, copiesADescriptor) {
   EXPECT_EQ(letter, 'x');
 }
 
+TEST(Channel, passesAPayloadThatHasRoom) {
+  const auto [left, right] = Channel::makePair();
+  const Bytes payload(Channel::maximumPayload, 5);
+  Bytes room(Channel::maximumPayload);
+  EXPECT_TRUE(left.send({.kind = Message::Kind::done}, -1, payload));
+  const auto received = right.receive(room);
+  ASSERT_TRUE(received);
+  EXPECT_EQ(received->payloadSize, payload.size());
+  EXPECT_EQ(room, payload);
+
+  EXPECT_TRUE(left.send({.kind = Message::Kind::done}, -1, payload));
+  EXPECT_FALSE(right.receive({room.data(), room.size() - 1}));
+}
+
 TEST(Channel, knowsWhetherThereIsAMessage) {
   auto [left, right] = Channel::makePair();
   EXPECT_FALSE(right.waitFor(std::chrono::milliseconds(1)));
