@@ -10,6 +10,7 @@
 #include <fstream>
 #include <thread>
 
+#include "support/Processes.h"
 #include "support/RunTool.h"
 #include "support/TestFiles.h"
 #include "support/TestImages.h"
@@ -19,26 +20,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<pid_t> childrenOf(pid_t parent) {
-  std::vector<pid_t> children;
-  for (const auto& entry : fs::directory_iterator("/proc")) {
-    std::ifstream stat(entry.path() / "stat");
-    pid_t process = 0;
-    pid_t itsParent = 0;
-    std::string name, state;
-    if (stat >> process >> name >> state >> itsParent && itsParent == parent && state != "Z") {
-      children.push_back(process);
-    }
-  }
-  return children;
-}
-
 /// The workers of the run that this process has started.
 std::vector<pid_t> workers() {
   std::vector<pid_t> found;
-  for (const pid_t tool : childrenOf(getpid())) {
-    for (const pid_t factory : childrenOf(tool)) {
-      for (const pid_t worker : childrenOf(factory)) found.push_back(worker);
+  for (const pid_t tool : test::childrenOf(getpid())) {
+    for (const pid_t factory : test::childrenOf(tool)) {
+      for (const pid_t worker : test::childrenOf(factory)) found.push_back(worker);
     }
   }
   return found;

@@ -13,6 +13,7 @@
 
 #include "picture/ImageProcessingError.h"
 #include "platform/foundation/FileError.h"
+#include "support/Processes.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestFiles.h"
 #include "support/TestImages.h"
@@ -24,26 +25,11 @@ namespace fs = std::filesystem;
 
 Bytes bytesOf(const CompressedFile& file) { return {file.output.begin(), file.output.end()}; }
 
-/// Processes whose parent is `parent`.
-std::vector<pid_t> childrenOf(pid_t parent) {
-  std::vector<pid_t> children;
-  for (const auto& entry : fs::directory_iterator("/proc")) {
-    std::ifstream stat(entry.path() / "stat");
-    pid_t process = 0;
-    std::string name, state;
-    pid_t itsParent = 0;
-    if (stat >> process >> name >> state >> itsParent && itsParent == parent && state != "Z") {
-      children.push_back(process);
-    }
-  }
-  return children;
-}
-
 /// The workers of the one pool of this process.
 std::vector<pid_t> workers() {
   std::vector<pid_t> found;
-  for (const pid_t factory : childrenOf(getpid())) {
-    for (const pid_t worker : childrenOf(factory)) found.push_back(worker);
+  for (const pid_t factory : test::childrenOf(getpid())) {
+    for (const pid_t worker : test::childrenOf(factory)) found.push_back(worker);
   }
   return found;
 }
@@ -59,7 +45,7 @@ struct WorkerPoolTest : testing::Test {
   /// The factory has its channel and the standard streams, and can open no more.
   void refuseMoreWorkers() {
     const rlimit limit{4, 4};
-    prlimit(childrenOf(getpid()).front(), RLIMIT_NOFILE, &limit, nullptr);
+    prlimit(test::childrenOf(getpid()).front(), RLIMIT_NOFILE, &limit, nullptr);
   }
   std::string picture() { return write("a.png", test::pngFile(test::noisyImage(60, 40))); }
 };
@@ -203,7 +189,7 @@ TEST(WorkerPool, takesItsProcessesWithIt) {
     pool.compress(folder / "a.png", ImageFormat::jpeg, 80);
     EXPECT_EQ(workers().size(), 1u);
   }
-  EXPECT_TRUE(childrenOf(getpid()).empty());
+  EXPECT_TRUE(test::childrenOf(getpid()).empty());
 }
 
 }  // namespace
