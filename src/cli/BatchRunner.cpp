@@ -1,9 +1,12 @@
 #include "cli/BatchRunner.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <utility>
 
 #include "cli/SourceKeeper.h"
+#include "platform/foundation/OpenFiles.h"
 #include "platform/foundation/TaskGroup.h"
 #include "profiles/ExportFilenameAllocator.h"
 
@@ -20,35 +23,126 @@ std::vector<std::string> outputNames(std::span<const std::string> paths, ImageFo
   return names;
 }
 
+/// Open files that a run has whatever it does, some to spare.
+constexpr std::int64_t filesOfTheRun = 16;
+
+/// Files whose names wait for each other. A larger group saves next to no more time.
+std::int64_t largestGroup(std::int64_t openFiles) {
+  return std::clamp<std::int64_t>((openFiles - filesOfTheRun) / 8, 1, 32);
+}
+
+/// As many jobs as are wanted, where so many files can be open. While one group gets its names, the
+/// next gathers.
+std::int64_t possibleJobs(std::int64_t openFiles, std::int64_t group, std::int64_t wanted) {
+  constexpr std::int64_t filesOfAJob = 4;  // source, channel, shared memory, output
+  const std::int64_t possible = (openFiles - filesOfTheRun - 2 * group) / filesOfAJob;
+  return std::clamp<std::int64_t>(wanted, 1, std::max<std::int64_t>(possible, 1));
+}
+
+class Batch {
+ public:
+  Batch(std::span<const std::string> paths, const FileURL& to, ImageFormat format, double quality,
+        std::int64_t jobs, const CompressFile& compress)
+      : paths_(paths),
+        to_(to),
+        format_(format),
+        quality_(quality),
+        largestGroup_(largestGroup(OpenFiles::raiseLimit())),
+        jobs_(possibleJobs(OpenFiles::raiseLimit(), largestGroup_, jobs)),
+        compress_(compress),
+        names_(outputNames(paths, format)),
+        results_(paths.size()),
+        sources_(paths, to, names_) {}
+
+  std::vector<ImageCompressionResult> run() {
+    startFiles();
+    while (auto finished = group_.next()) {
+      take(*std::move(finished));
+      startCommit();
+      startFiles();
+    }
+    return std::move(results_);
+  }
+
+ private:
+  /// What a task has done: one file, or a group that has got its names.
+  struct Finished {
+    std::vector<std::size_t> indices;
+    std::vector<ImageCompressor::Uncommitted> files;
+    bool areCommitted = false;
+  };
+
+  void startFiles() {
+    while (next_ < paths_.size() && std::cmp_less(atWork_, jobs_) &&
+           std::cmp_less(written_.files.size(), largestGroup_)) {
+      group_.add([this, index = next_,
+                  name = sources_.hiddenName(next_).value_or(names_[next_])]() -> Finished {
+        Finished finished{.indices = {index}};
+        finished.files.push_back(compress_(paths_[index], to_, format_, quality_, name));
+        return finished;
+      });
+      ++next_;
+      ++atWork_;
+    }
+  }
+
+  /// One group at a time. The next one gathers meanwhile.
+  void startCommit() {
+    if (isCommitting_ || written_.files.empty()) return;
+    isCommitting_ = true;
+    const auto group = std::make_shared<Finished>(std::exchange(written_, {}));
+    group_.add([group]() -> Finished {
+      ImageCompressor::commit(group->files);
+      group->areCommitted = true;
+      return std::move(*group);
+    });
+  }
+
+  void take(Finished finished) {
+    if (finished.areCommitted) {
+      isCommitting_ = false;
+      for (std::size_t i = 0; i < finished.indices.size(); ++i) {
+        finish(finished.indices[i], std::move(finished.files[i].result));
+      }
+      return;
+    }
+    --atWork_;
+    const std::size_t index = finished.indices.front();
+    ImageCompressor::Uncommitted& file = finished.files.front();
+    if (!file.output) return finish(index, std::move(file.result));
+    written_.indices.push_back(index);
+    written_.files.push_back(std::move(file));
+  }
+
+  void finish(std::size_t index, ImageCompressionResult result) {
+    results_[index] = std::move(result);
+    sources_.finish(index, results_);
+  }
+
+  std::span<const std::string> paths_;
+  const FileURL& to_;
+  ImageFormat format_;
+  double quality_;
+  std::int64_t largestGroup_;
+  std::int64_t jobs_;
+  const CompressFile& compress_;
+  std::vector<std::string> names_;
+  std::vector<ImageCompressionResult> results_;
+  SourceKeeper sources_;
+  std::size_t next_ = 0;    ///< the file to start next
+  std::size_t atWork_ = 0;  ///< files that are being compressed
+  Finished written_;        ///< files that have not their names yet
+  bool isCommitting_ = false;
+  TaskGroup<Finished> group_;  ///< last, so that its tasks end before the members that they use
+};
+
 }  // namespace
 
 std::vector<ImageCompressionResult> compressAll(std::span<const std::string> paths,
                                                 const FileURL& to, ImageFormat format,
                                                 double quality, std::int64_t jobs,
                                                 const CompressFile& compress) {
-  const std::vector<std::string> names = outputNames(paths, format);
-  std::vector<ImageCompressionResult> results(paths.size());
-  SourceKeeper sources(paths, to, names);
-  std::size_t next = 0;
-
-  using Finished = std::pair<std::size_t, ImageCompressionResult>;
-  TaskGroup<Finished> group;
-  const auto startNext = [&] {
-    if (next == paths.size()) return;
-    group.add(
-        [&, index = next, name = sources.hiddenName(next).value_or(names[next])]() -> Finished {
-          return {index, compress(paths[index], to, format, quality, name)};
-        });
-    ++next;
-  };
-
-  while (next < paths.size() && std::cmp_less(next, jobs)) startNext();
-  while (auto finished = group.next()) {
-    results[finished->first] = std::move(finished->second);
-    sources.finish(finished->first, results);
-    startNext();
-  }
-  return results;
+  return Batch(paths, to, format, quality, jobs, compress).run();
 }
 
 }  // namespace orvane

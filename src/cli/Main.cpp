@@ -14,7 +14,6 @@
 #include "platform/foundation/FileError.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/LocalizedString.h"
-#include "platform/foundation/OpenFiles.h"
 #include "platform/foundation/TemporaryNames.h"
 #include "profiles/ProfileCommand.h"
 #ifdef __linux__
@@ -47,21 +46,13 @@ ImageCompressor::CompressSource sourceCompressor() {
 #endif
 }
 
-/// As many as the user wants and the number of open files allows.
-std::int64_t possibleJobs(std::int64_t wanted) {
-  constexpr std::int64_t filesOfTheRun = 16;
-  constexpr std::int64_t filesOfAJob = 4;  // source, channel, shared memory, output
-  const std::int64_t possible = (OpenFiles::raiseLimit() - filesOfTheRun) / filesOfAJob;
-  return std::clamp<std::int64_t>(wanted, 1, std::max<std::int64_t>(possible, 1));
-}
-
 std::vector<ImageCompressionResult> compressQuietly(const Options& options) {
   const QuietStandardError quiet;
   const auto compress = [source = sourceCompressor()](const auto&... arguments) {
-    return ImageCompressor::compress(arguments..., source);
+    return ImageCompressor::compressUncommitted(arguments..., source);
   };
   return compressAll(options.inputPaths, options.outputDirectory, options.format, options.quality,
-                     possibleJobs(options.jobs), compress);
+                     options.jobs, compress);
 }
 
 ExitStatus runCompression(const std::vector<std::string>& arguments) try {

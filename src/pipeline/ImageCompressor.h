@@ -2,12 +2,15 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "picture/ImageCompressionResult.h"
 #include "picture/ImageFormat.h"
 #include "pipeline/Compression.h"
+#include "platform/foundation/AtomicFile.h"
 #include "platform/foundation/FileURL.h"
 
 namespace orvane::ImageCompressor {
@@ -27,5 +30,20 @@ ImageCompressionResult compress(const std::string& path, const FileURL& to, Imag
                                 double quality,
                                 const std::optional<std::string>& destinationFilename,
                                 const CompressSource& compressSource = compressHere);
+
+/// A result whose output is written beside its destination but has not its name yet; without an
+/// output it is final.
+struct Uncommitted {
+  ImageCompressionResult result;
+  std::unique_ptr<AtomicFile> output;
+};
+
+/// `compress` in two steps. The second takes many files at once, for it waits for their medium:
+/// it flushes all of them, then names all. A failure becomes that file's `error`.
+Uncommitted compressUncommitted(const std::string& path, const FileURL& to, ImageFormat format,
+                                double quality,
+                                const std::optional<std::string>& destinationFilename,
+                                const CompressSource& compressSource = compressHere);
+void commit(std::span<Uncommitted> files);
 
 }  // namespace orvane::ImageCompressor

@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <filesystem>
 #include <mutex>
 
 #include "pipeline/ImageCompressor.h"
+#include "support/TemporaryFolder.h"
 
 namespace orvane {
 namespace {
@@ -25,10 +27,11 @@ class Recorder {
       start(path, *name);
       if (work) work(path);
       finish();
-      return ImageCompressionResult{.path = path,
-                                    .originalSizeBytes = static_cast<std::int64_t>(quality),
-                                    .destination = to.appending(*name).path(),
-                                    .error = std::string(format.rawValue())};
+      return ImageCompressor::Uncommitted{
+          .result = {.path = path,
+                     .originalSizeBytes = static_cast<std::int64_t>(quality),
+                     .destination = to.appending(*name).path(),
+                     .error = std::string(format.rawValue())}};
     };
   }
 
@@ -172,7 +175,7 @@ TEST(BatchRunner, goesOnPastAFileThatFails) {
                               const std::optional<std::string>&) {
                              ImageCompressionResult result{.path = path};
                              if (path == "bad") result.error = "broken";
-                             return result;
+                             return ImageCompressor::Uncommitted{.result = result};
                            });
   EXPECT_EQ(pathsOf(results), (Paths{"a", "bad", "c"}));
   EXPECT_EQ(results[0].error, std::nullopt);
@@ -180,10 +183,36 @@ TEST(BatchRunner, goesOnPastAFileThatFails) {
   EXPECT_EQ(results[2].error, std::nullopt);
 }
 
+/// Writes a byte to each output; every third file's name is that of a folder by then.
+TEST(BatchRunner, givesManyFilesTheirNamesThoughSomeCannotHaveThem) {
+  const test::TemporaryFolder outputs;
+  const auto isBad = [](const std::string& path) { return std::stoi(path) % 3 == 0; };
+  Paths paths;
+  for (int i = 0; i < 200; ++i) paths.push_back(std::to_string(i));
+  const auto results = compressAll(
+      paths, FileURL::fromPath(outputs.path().string()), ImageFormat::jpeg, 75, 3,
+      [&](const std::string& path, const FileURL& to, ImageFormat, double,
+          const std::optional<std::string>& name) {
+        const std::string destination = to.appending(*name).path();
+        auto output = std::make_unique<AtomicFile>(destination);
+        output->write(Bytes{1});
+        if (isBad(path)) std::filesystem::create_directory(destination);
+        return ImageCompressor::Uncommitted{.result = {.path = path, .destination = destination},
+                                            .output = std::move(output)};
+      });
+  EXPECT_EQ(pathsOf(results), paths);
+  for (const auto& result : results) {
+    EXPECT_EQ(result.error.has_value(), isBad(result.path)) << result.path;
+    const std::string name = outputs / (result.path + ".jpg");
+    EXPECT_EQ(std::filesystem::is_regular_file(name), !isBad(result.path));
+  }
+  EXPECT_EQ(outputs.names().size(), 200u);
+}
+
 TEST(BatchRunner, compressesWithTheImageCompressorByDefault) {
-  const auto results =
-      compressAll(Paths{"/no/such/file.png"}, folder, ImageFormat::png, 75, 1,
-                  [](const auto&... arguments) { return ImageCompressor::compress(arguments...); });
+  const auto results = compressAll(
+      Paths{"/no/such/file.png"}, folder, ImageFormat::png, 75, 1,
+      [](const auto&... arguments) { return ImageCompressor::compressUncommitted(arguments...); });
   EXPECT_EQ(results.at(0), ImageCompressor::compress("/no/such/file.png", folder, ImageFormat::png,
                                                      75, "file.png"));
   EXPECT_TRUE(results.at(0).error.has_value());

@@ -47,7 +47,7 @@ struct SourceKeeperTest : testing::Test {
       if (jobs > 1 && path == folder / slowName) waitUntilDone(names.size() - 1);
       const auto result = compressed(path, to.appending(*name).path());
       markDone(*name);
-      return result;
+      return ImageCompressor::Uncommitted{.result = result};
     };
     return compressAll(names, FileURL::fromPath(folder.path().string()), ImageFormat::jpeg, 75,
                        jobs, compress);

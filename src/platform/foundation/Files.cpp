@@ -38,7 +38,8 @@ Bytes readWhole(const std::string& path) { return SourceFile::open(path).readWho
 void writeAtomically(const std::string& path, ByteView bytes) {
   AtomicFile file(path);
   file.write(bytes);
-  file.commit();
+  file.flush();
+  file.move();
 }
 
 std::optional<std::int64_t> size(const std::string& path) {

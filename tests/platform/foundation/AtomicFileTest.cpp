@@ -52,6 +52,11 @@ int writingError(const std::string& path, std::string_view text = "new") {
   return 0;
 }
 
+void commit(AtomicFile& file) {
+  file.flush();
+  file.move();
+}
+
 class Umask {
  public:
   explicit Umask(mode_t mask) : former_(umask(mask)) {}
@@ -80,7 +85,7 @@ TEST(AtomicFile, isNotThereBeforeItIsCommitted) {
   file.write(view("ne"));
   file.write(view("w"));
   EXPECT_EQ(content(folder / "file"), "old");
-  file.commit();
+  commit(file);
   EXPECT_EQ(content(folder / "file"), "new");
   EXPECT_EQ(folder.names(), Names{"file"});
 }
@@ -329,7 +334,7 @@ TEST_F(AtomicFileDeathTest, leavesNothingWhenASignalEndsTheProcess) {
 [[noreturn]] void getSignalAfterCommit(const std::string& path) {
   AtomicFile file(path);
   file.write(view("new"));
-  file.commit();
+  commit(file);
   kill(getpid(), SIGTERM);
   for (;;) pause();
 }
@@ -369,7 +374,7 @@ TEST_F(AtomicFileDeathTest, leavesWholeFilesOnlyWhenASignalComesAmidManyWriters)
   AtomicFile file(path);
   file.write(view("new"));
   kill(getpid(), SIGHUP);
-  file.commit();
+  commit(file);
   std::exit(0);
 }
 
