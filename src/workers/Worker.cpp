@@ -31,11 +31,13 @@ const Channel* firstProcess = nullptr;
 void reportShortMemory() { firstProcess->send({.kind = Kind::memoryShort}); }
 
 /// Lets allocations fail where this process would hold more private writable bytes.
-void limitData(std::uint64_t bytes) {
+void limitData([[maybe_unused]] std::uint64_t bytes) {
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // their own memory is unknown
   rlimit limits{};
   getrlimit(RLIMIT_DATA, &limits);
   limits.rlim_cur = std::min<rlim_t>(bytes, limits.rlim_max);
   setrlimit(RLIMIT_DATA, &limits);
+#endif
 }
 
 /// Private writable bytes of this process (proc(5): the field "data").
@@ -110,9 +112,7 @@ class Worker {
   /// Lets allocations fail past this many bytes.
   void permit(std::uint64_t bytes) {
     granted_ = bytes;
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // their own memory is unknown
     limitData(ownBytes_ + bytes);
-#endif
   }
 
   /// Waits until so much may be taken. Small pictures have it from the beginning.
