@@ -21,23 +21,25 @@ constexpr double fullChromaEdgeShare = 0.003;
 struct StepShape {
   double constant;  ///< step of the block's mean, beside 1 for the lowest frequencies
   double radial;    ///< added at the end of a row or column of coefficients
+  double exponent;  ///< of its growth
   double diagonal;  ///< added at the highest frequency both ways
 
   /// The step of the coefficient of horizontal frequency u and vertical frequency v, 0…7.
   double step(std::size_t u, std::size_t v) const {
     if (u == 0 && v == 0) return constant;
-    return 1 + radial * std::pow(std::hypot(u, v) / 7, 1.5) +
+    return 1 + radial * std::pow(std::hypot(u, v) / 7, exponent) +
            diagonal * static_cast<double>(u * v) / 49;
   }
 };
 
-constexpr StepShape lumaShape{.constant = 0.8, .radial = 8, .diagonal = 4};
+constexpr StepShape lumaShape{.constant = 0.92, .radial = 5.2, .exponent = 1.25, .diagonal = 2.1};
 
 /// Halved chroma has lost its high frequencies already and is coded a little finer than luma. Full
 /// chroma is coded coarser, since the eye sees less of it.
-constexpr StepShape halvedChromaShape{.constant = 0.75, .radial = 8, .diagonal = 4};
-constexpr double halvedChromaScale = 0.8;
-constexpr StepShape fullChromaShape{.constant = 0.7, .radial = 12, .diagonal = 8};
+constexpr StepShape halvedChromaShape{
+    .constant = 0.75, .radial = 8, .exponent = 1.5, .diagonal = 4};
+constexpr double halvedChromaScale = 0.9;
+constexpr StepShape fullChromaShape{.constant = 0.7, .radial = 12, .exponent = 1.5, .diagonal = 8};
 constexpr double fullChromaScale = 2;
 
 JPEGSettings::Steps steps(const StepShape& shape, double scale) {
@@ -58,7 +60,8 @@ JPEGSettings JPEGSettings::forPicture(double quality, double chromaEdgeShare) {
   return {.lumaSteps = steps(lumaShape, scale),
           .chromaSteps = needsFullChroma ? steps(fullChromaShape, scale * fullChromaScale)
                                          : steps(halvedChromaShape, scale * halvedChromaScale),
-          .chroma = needsFullChroma ? Chroma::full : Chroma::halved};
+          .chroma = needsFullChroma ? Chroma::full : Chroma::halved,
+          .lumaScale = scale};
 }
 
 }  // namespace orvane

@@ -17,6 +17,7 @@ struct JPEGSettings {
   Steps lumaSteps;
   Steps chromaSteps;
   Chroma chroma;
+  double lumaScale;  ///< the step that those of luma grow from, before rounding
 
   /// `quality` is 0…1, `chromaEdgeShare` is PictureMeasurements::chromaEdgeShare.
   static JPEGSettings forPicture(double quality, double chromaEdgeShare);

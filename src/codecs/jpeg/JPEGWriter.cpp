@@ -2,8 +2,11 @@
 
 #include "codecs/ImageDestination.h"
 #include "codecs/OpaqueRows.h"
+#include "codecs/jpeg/CoefficientCoder.h"
+#include "codecs/jpeg/CoefficientPlanes.h"
 #include "codecs/jpeg/JPEGLibrary.h"
 #include "codecs/jpeg/JPEGSettings.h"
+#include "codecs/jpeg/ScanScript.h"
 
 namespace orvane {
 namespace {
@@ -47,68 +50,65 @@ class Output : public jpeg_destination_mgr {
   Bytes bytes_;
 };
 
-class Encoder {
+/// Writes one file from coefficients. A new one is needed for another file.
+class FileWriter {
  public:
-  explicit Encoder(OpaqueRows& rows)
-      : rows_(rows), output_(std::max<std::size_t>(rows.width() * rows.height() / 8, 4096)) {
+  FileWriter(const OpaqueRows& rows, const JPEGSettings& settings, CoefficientPlanes& planes)
+      : rows_(rows),
+        settings_(settings),
+        planes_(planes),
+        output_(std::max<std::size_t>(rows.width() * rows.height() / 8, 4096)) {
     info_.err = &errors_;
     errors_.run<UnwritableImage>([this] { jpeg_create_compress(&info_); });
     info_.dest = &output_;
   }
 
-  Bytes encode(J_COLOR_SPACE colors, const JPEGSettings& settings) {
+  Bytes write(const ScanScript& scans) {
     errors_.run<UnwritableImage>([&] {
-      configure(colors, settings);
-      jpeg_start_compress(&info_, TRUE);
+      configure();
+      info_.scan_info = scans.data();
+      info_.num_scans = static_cast<int>(scans.size());
+      jpeg_write_coefficients(&info_, planes_.arrays());
       if (!rows_.colorSpace()->isSRGB()) writeProfile(rows_.colorSpace()->iccData());
-      writeRows();
       jpeg_finish_compress(&info_);
     });
     return output_.takeBytes();
   }
 
  private:
-  void configure(J_COLOR_SPACE colors, const JPEGSettings& settings);
+  void configure();
   void writeProfile(ByteView profile);
-  void writeRows();
 
-  OpaqueRows& rows_;
+  const OpaqueRows& rows_;
+  const JPEGSettings& settings_;
+  CoefficientPlanes& planes_;
   Output output_;
   JPEGErrors errors_;
   JPEGCompressor info_;
 };
 
-void Encoder::configure(J_COLOR_SPACE colors, const JPEGSettings& settings) {
+void FileWriter::configure() {
   info_.image_width = static_cast<JDIMENSION>(rows_.width());
   info_.image_height = static_cast<JDIMENSION>(rows_.height());
-  info_.input_components = 4;
-  info_.in_color_space = JCS_EXT_RGBX;
+  info_.input_components = static_cast<int>(planes_.count());
+  info_.in_color_space = planes_.count() == 1 ? JCS_GRAYSCALE : JCS_YCbCr;
   jpeg_set_defaults(&info_);
-  jpeg_set_colorspace(&info_, colors);
   constexpr int asTheyAre = 100;
-  jpeg_add_quant_table(&info_, 0, settings.lumaSteps.data(), asTheyAre, TRUE);
-  jpeg_add_quant_table(&info_, 1, settings.chromaSteps.data(), asTheyAre, TRUE);
-  const int lumaSampling =
-      colors == JCS_YCbCr && settings.chroma == JPEGSettings::Chroma::halved ? 2 : 1;
-  info_.comp_info[0].h_samp_factor = lumaSampling;
-  info_.comp_info[0].v_samp_factor = lumaSampling;
+  jpeg_add_quant_table(&info_, 0, settings_.lumaSteps.data(), asTheyAre, TRUE);
+  if (planes_.count() > 1) {
+    jpeg_add_quant_table(&info_, 1, settings_.chromaSteps.data(), asTheyAre, TRUE);
+  }
+  const bool isHalved = planes_.count() > 1 && settings_.chroma == JPEGSettings::Chroma::halved;
+  info_.comp_info[0].h_samp_factor = isHalved ? 2 : 1;
+  info_.comp_info[0].v_samp_factor = isHalved ? 2 : 1;
   info_.optimize_coding = TRUE;
-  jpeg_simple_progression(&info_);
 }
 
-void Encoder::writeProfile(ByteView profile) {
+void FileWriter::writeProfile(ByteView profile) {
   // ICC.1:2010 annex B.4 allows 255 segments. libjpeg would write more, with wrong numbers.
   constexpr std::size_t longest = std::size_t{255} * 65'519;
   if (profile.size() > longest) ERREXIT(&info_, JERR_BAD_LENGTH);
   jpeg_write_icc_profile(&info_, profile.data(), static_cast<unsigned>(profile.size()));
-}
-
-void Encoder::writeRows() {
-  while (info_.next_scanline < info_.image_height) {
-    const auto rows = rows_.read(info_.next_scanline);
-    jpeg_write_scanlines(&info_, const_cast<JSAMPARRAY>(rows.data()),
-                         static_cast<JDIMENSION>(rows.size()));
-  }
 }
 
 Bytes encode(const Image& image, const PictureMeasurements& measurements, double quality) {
@@ -116,7 +116,13 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
   // A profile for RGB says nothing about one component.
   const bool gray = measurements.isGray && rows.colorSpace()->isSRGB();
   const auto settings = JPEGSettings::forPicture(quality, measurements.chromaEdgeShare);
-  return Encoder(rows).encode(gray ? JCS_GRAYSCALE : JCS_YCbCr, settings);
+  CoefficientPlanes planes(rows.width(), rows.height(), gray ? 1 : 3, settings.chroma);
+  CoefficientCoder(rows, settings, planes).code();
+  std::vector<Bytes> files;
+  for (const ScanScript& scans : scanScripts(planes.count())) {
+    files.push_back(FileWriter(rows, settings, planes).write(scans));
+  }
+  return joinSmallestScans(files);
 }
 
 }  // namespace

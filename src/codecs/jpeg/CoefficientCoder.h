@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "codecs/OpaqueRows.h"
+#include "codecs/jpeg/ChromaSampling.h"
+#include "codecs/jpeg/CoefficientPlanes.h"
+#include "codecs/jpeg/DecodedChroma.h"
+#include "codecs/jpeg/JPEGSettings.h"
+#include "codecs/jpeg/LumaSampling.h"
+#include "codecs/jpeg/PixelStrip.h"
+#include "codecs/jpeg/Quantizer.h"
+#include "codecs/jpeg/VisualMask.h"
+
+namespace orvane {
+
+/// Turns a picture's pixels into the levels of its coefficients, strip by strip. A strip's chroma
+/// is coded first; its luma makes good what that has lost, once the chroma of the strip below is
+/// decoded, too.
+class CoefficientCoder {
+ public:
+  /// Fills `planes`: luma, and Cb and Cr where there are three. The rows of a picture with one
+  /// plane are grey. Refers to both, which must outlive it.
+  CoefficientCoder(OpaqueRows& rows, const JPEGSettings& settings, CoefficientPlanes& planes);
+
+  void code();
+
+ private:
+  bool hasChroma() const { return planes_.count() > 1; }
+  void codeChroma(std::size_t strip);
+  void codeChromaBlock(std::size_t component, std::size_t strip, std::size_t column);
+  void codeLuma(std::size_t strip);
+
+  OpaqueRows& rows_;
+  JPEGSettings::Chroma chroma_;
+  CoefficientPlanes& planes_;
+  std::size_t side_;  ///< of a coding unit
+  VisualMask mask_;
+  Quantizer lumaQuantizer_;
+  Quantizer chromaQuantizer_;
+  std::array<PixelStrip, 2> pixels_;  ///< of strips of even and odd numbers
+  ChromaStrip chromaStrip_;
+  LumaStrip lumaStrip_;
+  DecodedChroma decoded_;
+  LumaCompensation compensation_;
+};
+
+}  // namespace orvane

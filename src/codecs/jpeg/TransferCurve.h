@@ -1,0 +1,35 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace orvane {
+
+/// sRGB's transfer curve (IEC 61966-2-1) in tables. Entries are rounded to steps that are coarse
+/// beside the last digits of std::pow, which differ between processors.
+class TransferCurve {
+ public:
+  static const TransferCurve& sRGB();
+
+  /// Of four pixels' numbers of one channel, 0…255: the number, 0…255, of their mean in linear
+  /// light.
+  float meanOf(std::uint8_t a, std::uint8_t b, std::uint8_t c, std::uint8_t d) const {
+    const unsigned sum = light_[a] + light_[b] + light_[c] + light_[d];
+    return number_[sum / (lightSum / (number_.size() - 1))];
+  }
+
+  /// Linear light that one step of a channel's number adds, at each number. Relative.
+  const std::array<float, 256>& slopes() const { return slopes_; }
+
+ private:
+  TransferCurve();
+
+  static constexpr unsigned lightSum = 65536;  ///< of four white pixels
+
+  std::array<std::uint16_t, 256> light_{};
+  std::array<float, 8193> number_{};
+  std::array<float, 256> slopes_{};
+};
+
+}  // namespace orvane
