@@ -1,5 +1,7 @@
 #include "codecs/jpeg/CoefficientCoder.h"
 
+#include <algorithm>
+
 #include "codecs/jpeg/BlockTransform.h"
 #include "codecs/jpeg/LumaBlock.h"
 
@@ -33,7 +35,7 @@ CoefficientCoder::CoefficientCoder(OpaqueRows& rows, const JPEGSettings& setting
       pixels_{PixelStrip(rows.width(), side_), PixelStrip(rows.width(), side_)},
       decoded_((rows.width() * 8 + side_ - 1) / side_, (rows.height() * 8 + side_ - 1) / side_,
                pixels_[0].width() * 8 / side_),
-      compensation_(rows.width(), rows.height(), pixels_[0].width(), settings.chroma) {}
+      compensation_(rows.width(), rows.height(), settings.chroma) {}
 
 void CoefficientCoder::code() {
   const std::size_t strips = (rows_.height() + side_ - 1) / side_;

@@ -1,17 +1,16 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
-#include <optional>
-#include <vector>
 
 #include "codecs/OpaqueRows.h"
-#include "codecs/jpeg/ChromaSampling.h"
 #include "codecs/jpeg/CoefficientPlanes.h"
 #include "codecs/jpeg/DecodedChroma.h"
 #include "codecs/jpeg/JPEGSettings.h"
-#include "codecs/jpeg/LumaSampling.h"
+#include "codecs/jpeg/LumaCompensation.h"
 #include "codecs/jpeg/PixelStrip.h"
 #include "codecs/jpeg/Quantizer.h"
+#include "codecs/jpeg/StripSampling.h"
 #include "codecs/jpeg/VisualMask.h"
 
 namespace orvane {

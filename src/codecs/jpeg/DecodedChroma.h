@@ -24,12 +24,16 @@ class DecodedChroma {
   /// the picture has them. Writes an even number of samples, one or none beyond the picture.
   void doubleRow(std::size_t component, std::size_t y, std::uint8_t* result) const;
 
-  /// Row `y` of one component.
+  /// A row of Cb and one of Cr.
+  using Rows = std::array<const std::uint8_t*, 2>;
+
+  Rows rows(std::size_t y) const { return {row(0, y), row(1, y)}; }
+
+ private:
   const std::uint8_t* row(std::size_t component, std::size_t y) const {
     return planes_[component].data() + y % rowsKept * paddedWidth_;
   }
 
- private:
   static constexpr std::size_t rowsKept = 24;
 
   std::size_t width_;

@@ -9,8 +9,9 @@
 namespace orvane {
 namespace {
 
-/// From this quality on, lost chroma detail shows on photographs too.
-constexpr double fullChromaQuality = 0.90;
+/// From this quality on, a photograph of the same score is smaller with its chroma whole: halved
+/// chroma loses what finer steps cannot bring back.
+constexpr double fullChromaQuality = 0.95;
 
 /// Photographs of blossoms and of neon lights stay below this share; pages with coloured text lie
 /// above it.

@@ -10,7 +10,11 @@ constexpr float black = -127.5F;
 constexpr float white = 126.5F;
 constexpr int rounds = 3;
 
-bool isClipped(float sample) { return sample <= black || sample >= white; }
+/// Whether a block has black or white pixels, and others.
+bool mayOvershoot(const Block& luma) {
+  const auto [least, greatest] = std::ranges::minmax(luma);
+  return (least <= black || greatest >= white) && greatest - least > 1;
+}
 
 /// Moves the clipped pixels of `target` to where a decoder's numbers have gone beyond them.
 void follow(const Block& luma, const Block& decoded, Block& target) {
@@ -27,8 +31,7 @@ void codeLumaBlock(const Block& luma, ErrorVisibility visibility, const Quantize
   Block coefficients = luma;
   transformForward(coefficients);
   quantizer.quantize(coefficients, visibility, levels);
-  const auto clipped = std::ranges::count_if(luma, isClipped);
-  if (clipped == 0 || clipped == 64) return;
+  if (!mayOvershoot(luma)) return;
   Block target = luma;
   for (int round = 0; round < rounds; ++round) {
     Block decoded = quantizer.restore(levels);

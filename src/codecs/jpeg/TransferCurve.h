@@ -14,8 +14,9 @@ class TransferCurve {
 
   /// Of four pixels' numbers of one channel, 0…255: the number, 0…255, of their mean in linear
   /// light.
-  float meanOf(std::uint8_t a, std::uint8_t b, std::uint8_t c, std::uint8_t d) const {
-    const unsigned sum = light_[a] + light_[b] + light_[c] + light_[d];
+  float meanOf(const std::array<std::uint8_t, 4>& numbers) const {
+    unsigned sum = 0;
+    for (const std::uint8_t number : numbers) sum += light_[number];
     return number_[sum / (lightSum / (number_.size() - 1))];
   }
 
