@@ -26,7 +26,10 @@ class Output : public jpeg_destination_mgr {
     };
   }
 
-  Bytes takeBytes() { return std::move(bytes_); }
+  Bytes takeBytes() {
+    bytes_.shrink_to_fit();
+    return std::move(bytes_);
+  }
 
  private:
   static Output& of(j_compress_ptr info) { return *static_cast<Output*>(info->dest); }

@@ -60,7 +60,8 @@ struct Parts {
 
 /// The end of the marker segment at `at`; for a scan, with its data.
 std::size_t endOfSegment(ByteView file, std::size_t at) {
-  const std::size_t end = at + 2 + file[at + 2] * 256U + file[at + 3];
+  const std::size_t length = std::size_t{file[at + 2]} * 256 + file[at + 3];
+  const std::size_t end = at + 2 + length;
   if (file[at + 1] != startOfScan) return end;
   const auto isMarker = [](std::uint8_t a, std::uint8_t b) { return a == markerStart && b != 0; };
   const auto data = file.subspan(end);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 
 #include "codecs/ImageDestination.h"
@@ -120,6 +121,25 @@ TEST(JPEGWriter, writesProgressiveJFIFWithoutMetadata) {
   EXPECT_FALSE(header.hasAdobeMarker);
   EXPECT_EQ(header.components, 3);
   for (const int code : {0xE1, 0xE2, 0xED, 0xFE}) EXPECT_FALSE(hasMarker(file, code)) << code;
+}
+
+std::size_t countScans(const Bytes& file) {
+  constexpr std::array<std::uint8_t, 2> startOfScan{0xFF, 0xDA};
+  std::size_t count = 0;
+  for (auto rest = std::ranges::search(file, startOfScan); !rest.empty();
+       rest = std::ranges::search(rest.end(), file.end(), startOfScan.begin(), startOfScan.end())) {
+    ++count;
+  }
+  return count;
+}
+
+TEST(JPEGWriter, writesAtMostTenScans) {
+  for (const Image& image : {test::noisyImage(160, 120), test::gradientImage(160, 120),
+                             textImage({220, 0, 0, 255}), grayPixels(ColorSpace::sRGB())}) {
+    const std::size_t scans = countScans(encode(image, 0.75));
+    EXPECT_GE(scans, 2u);
+    EXPECT_LE(scans, 10u);
+  }
 }
 
 TEST(JPEGWriter, spendsMoreBytesAndLosesLessForEveryHigherQuality) {
