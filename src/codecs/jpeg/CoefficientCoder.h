@@ -21,7 +21,7 @@ namespace orvane {
 class CoefficientCoder {
  public:
   /// Fills `planes`: luma, and Cb and Cr where there are three. The rows of a picture with one
-  /// plane are grey. Refers to both, which must outlive it.
+  /// plane are grey. Refers to all three, which must outlive it.
   CoefficientCoder(OpaqueRows& rows, const JPEGSettings& settings, CoefficientPlanes& planes);
 
   void code();
@@ -31,9 +31,10 @@ class CoefficientCoder {
   void codeChroma(std::size_t strip);
   void codeChromaBlock(std::size_t component, std::size_t strip, std::size_t column);
   void codeLuma(std::size_t strip);
+  ErrorVisibility lumaErrorVisibility(std::size_t column, std::size_t row) const;
 
   OpaqueRows& rows_;
-  JPEGSettings::Chroma chroma_;
+  const JPEGSettings& settings_;
   CoefficientPlanes& planes_;
   std::size_t side_;  ///< of a coding unit
   VisualMask mask_;

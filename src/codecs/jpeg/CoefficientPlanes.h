@@ -22,7 +22,7 @@ class CoefficientPlanes {
   std::size_t rows(std::size_t component) const { return planes_[component].rows; }
 
   /// The 64 levels of one block, row by row.
-  std::int16_t* block(std::size_t component, std::size_t row, std::size_t column) {
+  std::int16_t* block(std::size_t component, std::size_t row, std::size_t column) const {
     return planes_[component].blocks[row][column];
   }
 

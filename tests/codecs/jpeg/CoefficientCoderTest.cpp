@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <algorithm>
 
 #include "support/TestImages.h"
 
@@ -75,6 +75,30 @@ TEST(CoefficientCoder, codesGrayPicturesAsLuma) {
   code(image, finest(Chroma::halved), planes);
   expectSamples(planes, 0, 30, 20,
                 [&](std::size_t x, std::size_t y) { return static_cast<double>(shade(x, y)); });
+}
+
+/// How many of luma's levels are not 0, on a faint grain over one colour.
+std::size_t countLevels(const Pixel& color) {
+  const Image image = test::drawImage(
+      64, 64, ChannelLayout::rgba, AlphaKind::none, 8, ColorSpace::sRGB(),
+      [&](std::size_t x, std::size_t y) {
+        const auto grain = static_cast<std::uint16_t>((x * 7 + y * 13 + x * y) % 23);
+        return Pixel{static_cast<std::uint16_t>(color[0] + grain),
+                     static_cast<std::uint16_t>(color[1] + grain),
+                     static_cast<std::uint16_t>(color[2] + grain), 255};
+      });
+  CoefficientPlanes planes(64, 64, 3, Chroma::halved);
+  code(image, JPEGSettings::forPicture(0.75, 0), planes);
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < 64; ++i) {
+    count += 64 - static_cast<std::size_t>(std::count(planes.block(0, i / 8, i % 8),
+                                                      planes.block(0, i / 8, i % 8) + 64, 0));
+  }
+  return count;
+}
+
+TEST(CoefficientCoder, keepsMoreDetailOfSaturatedRed) {
+  EXPECT_GT(countLevels({180, 40, 40}), countLevels({40, 40, 180}));
 }
 
 }  // namespace
