@@ -11,7 +11,7 @@ namespace {
 
 /// From this quality on, a photograph of the same score is smaller with its chroma whole: halved
 /// chroma loses what finer steps cannot bring back.
-constexpr double fullChromaQuality = 0.95;
+constexpr double fullChromaQuality = 0.93;
 
 /// Photographs of blossoms and of neon lights stay below this share; pages with coloured text lie
 /// above it.
@@ -58,11 +58,13 @@ JPEGSettings JPEGSettings::forPicture(double quality, double chromaEdgeShare) {
   const double scale = settingAt(QualityTables::jpegStepScale(), quality);
   const bool needsFullChroma =
       quality >= fullChromaQuality || chromaEdgeShare > fullChromaEdgeShare;
+  const double chromaScale = scale * (needsFullChroma ? fullChromaScale : halvedChromaScale);
+  const StepShape& chromaShape = needsFullChroma ? fullChromaShape : halvedChromaShape;
   return {.lumaSteps = steps(lumaShape, scale),
-          .chromaSteps = needsFullChroma ? steps(fullChromaShape, scale * fullChromaScale)
-                                         : steps(halvedChromaShape, scale * halvedChromaScale),
-          .chroma = needsFullChroma ? Chroma::full : Chroma::halved,
-          .lumaScale = scale};
+          .chromaSteps = steps(chromaShape, chromaScale),
+          .lumaScale = scale,
+          .chromaScale = chromaScale,
+          .chroma = needsFullChroma ? Chroma::full : Chroma::halved};
 }
 
 }  // namespace orvane

@@ -16,8 +16,12 @@ struct JPEGSettings {
 
   Steps lumaSteps;
   Steps chromaSteps;
+
+  /// The numbers, of any size, that the steps of the lowest frequencies are rounded from.
+  double lumaScale;
+  double chromaScale;
+
   Chroma chroma;
-  double lumaScale;  ///< the step that those of luma grow from, before rounding
 
   /// `quality` is 0…1, `chromaEdgeShare` is PictureMeasurements::chromaEdgeShare.
   static JPEGSettings forPicture(double quality, double chromaEdgeShare);

@@ -6,9 +6,12 @@
 
 namespace orvane {
 namespace {
-/// What a bit is worth, in errors of the mean step.
+/// What a bit is worth, in squared errors of the lowest frequencies' step.
 constexpr double lumaLambda = 0.18;
 constexpr double chromaLambda = 0.047;
+
+/// `step` in units of that of the lowest frequencies.
+double errorWeight(double step, double lambda) { return 2 * step * step / lambda; }
 
 double frequency(std::size_t i) { return std::hypot(i % 8, i / 8); }
 
@@ -34,8 +37,7 @@ Quantizer::Quantizer(const JPEGSettings::Steps& steps) {
 Quantizer Quantizer::forLuma(const JPEGSettings& settings) {
   Quantizer result(settings.lumaSteps);
   for (std::size_t i = 0; i < 64; ++i) {
-    const double step = settings.lumaSteps[i] / settings.lumaScale;
-    const double weight = 2 * step * step / lumaLambda;
+    const double weight = errorWeight(settings.lumaSteps[i] / settings.lumaScale, lumaLambda);
     result.fineWeights_[i] = static_cast<float>(weight * fineSensitivity(frequency(i)));
     result.coarseWeights_[i] = static_cast<float>(weight * coarseSensitivity(frequency(i)));
   }
@@ -45,8 +47,7 @@ Quantizer Quantizer::forLuma(const JPEGSettings& settings) {
 Quantizer Quantizer::forChroma(const JPEGSettings& settings) {
   Quantizer result(settings.chromaSteps);
   for (std::size_t i = 0; i < 64; ++i) {
-    const double step = 1.43 * settings.chromaSteps[i] / settings.chromaSteps[1];
-    const double weight = 2 * step * step / chromaLambda;
+    const double weight = errorWeight(settings.chromaSteps[i] / settings.chromaScale, chromaLambda);
     result.fineWeights_[i] = static_cast<float>(weight * fineSensitivity(frequency(i)));
   }
   return result;

@@ -28,7 +28,7 @@ class Quantizer {
 
   std::array<float, 64> steps_{};
   std::array<float, 64> reciprocals_{};
-  std::array<float, 64> fineWeights_{};  ///< what an error of a step costs, in levels' bits
+  std::array<float, 64> fineWeights_{};  ///< cost of an error of one step, in bits
   std::array<float, 64> coarseWeights_{};
 };
 

@@ -19,7 +19,7 @@ void code(const Image& image, const JPEGSettings& settings, CoefficientPlanes& p
 }
 
 JPEGSettings finest(Chroma chroma) {
-  JPEGSettings settings{.chroma = chroma, .lumaScale = 0.03};
+  JPEGSettings settings{.lumaScale = 0.03, .chromaScale = 0.03, .chroma = chroma};
   settings.lumaSteps.fill(1);
   settings.chromaSteps.fill(1);
   return settings;

@@ -38,8 +38,8 @@ TEST(JPEGSettings, keepsEveryStepWithinOneByte) {
 TEST(JPEGSettings, halvesChromaOnlyBelowHighQualityAndWithoutEdges) {
   using Chroma = JPEGSettings::Chroma;
   EXPECT_EQ(JPEGSettings::forPicture(0.75, photograph).chroma, Chroma::halved);
-  EXPECT_EQ(JPEGSettings::forPicture(0.94, photograph).chroma, Chroma::halved);
-  EXPECT_EQ(JPEGSettings::forPicture(0.95, photograph).chroma, Chroma::full);
+  EXPECT_EQ(JPEGSettings::forPicture(0.92, photograph).chroma, Chroma::halved);
+  EXPECT_EQ(JPEGSettings::forPicture(0.93, photograph).chroma, Chroma::full);
   EXPECT_EQ(JPEGSettings::forPicture(0.30, coloredText).chroma, Chroma::full);
 }
 
