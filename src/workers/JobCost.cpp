@@ -19,7 +19,7 @@ Cost costOf(ImageFormat format) {
     case ImageFormat::png:
       return {28, 28, 10};
     case ImageFormat::jpeg:
-      return {14, 17, 1};
+      return {14, 18, 1};
     case ImageFormat::heic:
       return {36, 36, 13};
     case ImageFormat::avif:

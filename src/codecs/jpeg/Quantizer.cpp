@@ -6,9 +6,14 @@
 
 namespace orvane {
 namespace {
+
 /// What a bit is worth, in squared errors of the lowest frequencies' step.
 constexpr double lumaLambda = 0.18;
 constexpr double chromaLambda = 0.047;
+
+/// What lowering a level saves: a 1 that becomes 0 saves its run, too.
+constexpr float bitsOfOne = 4.5F;
+constexpr float bitsOfLength = 3;
 
 /// `step` in units of that of the lowest frequencies.
 double errorWeight(double step, double lambda) { return 2 * step * step / lambda; }
@@ -21,8 +26,8 @@ double fineSensitivity(double frequency) {
 }
 double coarseSensitivity(double frequency) { return 0.7 * std::exp(-frequency * frequency / 1.69); }
 
-/// ITU-T T.81, F.1.2.2: the magnitude of eight-bit pictures' levels. That of the means, twice this,
-/// is out of reach.
+/// The range of eight-bit pictures' levels (ITU-T T.81, F.1.2). That of means reaches one further
+/// down.
 constexpr int largestLevel = 1023;
 
 }  // namespace
@@ -61,7 +66,7 @@ void Quantizer::quantize(const Block& coefficients, ErrorVisibility visibility,
     const auto rounded = static_cast<std::int32_t>(magnitude + 0.5F);
     const float saving =
         1 / (visibility.fine * fineWeights_[i] + visibility.coarse * coarseWeights_[i]);
-    const float margin = saving * (rounded == 1 ? 4.5F : 3.0F);
+    const float margin = saving * (rounded == 1 ? bitsOfOne : bitsOfLength);
     const bool isPowerOfTwo = (rounded & (rounded - 1)) == 0;
     const bool isNearBelow = magnitude < static_cast<float>(rounded) - 0.5F + margin;
     // Without branches, so that compilers take several coefficients at once.
@@ -69,8 +74,8 @@ void Quantizer::quantize(const Block& coefficients, ErrorVisibility visibility,
     const int level = std::min(lowered, largestLevel);
     levels[i] = static_cast<std::int16_t>(value < 0 ? -level : level);
   }
-  levels[0] = static_cast<std::int16_t>(
-      std::clamp(std::lrint(coefficients[0] * reciprocals_[0]), -1024L, 1023L));
+  levels[0] = static_cast<std::int16_t>(std::clamp(std::lrint(coefficients[0] * reciprocals_[0]),
+                                                   -largestLevel - 1L, long{largestLevel}));
 }
 
 Block Quantizer::restore(const std::int16_t* levels) const {
