@@ -7,6 +7,13 @@ if(ORVANE_SANITIZERS)
     # GCC takes what its sanitizers insert for uses of variables without a value.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${ORVANE_SANITIZERS})
+  # GCC's names for what it checks. Clang 14 has none, and the sources ask for GCC's.
+  foreach(sanitizer IN ITEMS address thread)
+    if(CMAKE_CXX_COMPILER_ID MATCHES Clang AND ORVANE_SANITIZERS MATCHES ${sanitizer})
+      string(TOUPPER ${sanitizer} name)
+      add_compile_definitions(__SANITIZE_${name}__)
+    endif()
+  endforeach()
   add_library(orvane-sanitizers OBJECT ${CMAKE_CURRENT_LIST_DIR}/SanitizerDefaults.cpp)
 else()
   add_library(orvane-sanitizers INTERFACE)
