@@ -4,6 +4,7 @@
 #include <array>
 #include <span>
 
+#include "codecs/ItemData.h"
 #include "codecs/ItemReferences.h"
 #include "codecs/UnreadableImage.h"
 
@@ -159,6 +160,16 @@ ItemReferences::Areas areasOf(ByteView iprp) {
   return areas;
 }
 
+/// Pixels of the picture that a grid makes (ISO/IEC 23008-12, 6.6.2.3.2).
+std::uint64_t canvasOf(ByteView grid) {
+  Cursor cursor(grid);
+  cursor.take(1);  // version
+  const std::size_t sideSize = (cursor.number(1) & 1) != 0 ? 4 : 2;
+  cursor.take(2);  // rows and columns
+  const std::uint64_t width = cursor.number(sideSize);
+  return width * cursor.number(sideSize);
+}
+
 void add(const Box& property, TransformativeProperties& to) {
   Cursor cursor(property.content);
   const auto number = [&] { return static_cast<std::uint32_t>(cursor.number(4)); };
@@ -169,6 +180,17 @@ void add(const Box& property, TransformativeProperties& to) {
     using Mirror = TransformativeProperties::Mirror;
     to.mirror((cursor.number(1) & 1) != 0 ? Mirror::leftRight : Mirror::topBottom);
   }
+}
+
+// MARK: Boxes
+
+/// The content of the next meta box; empty when there is none.
+ByteView takeMeta(Cursor& boxes) {
+  while (!boxes.atEnd()) {
+    const Box box = takeBox(boxes);
+    if (box.type == "meta") return box.content;
+  }
+  return {};
 }
 
 // MARK: Changes
@@ -213,12 +235,16 @@ void writeWithoutIdentities(ByteView iinf, std::uint64_t count, std::span<std::u
 
 ImageItems::ImageItems(ByteView file) : file_(file) {
   if (!ISOBaseMedia::hasFileType(file)) return;
-  Cursor meta(findBox(file, "meta"));
+  Cursor boxes(file);
+  Cursor meta(takeMeta(boxes));
+  hasOtherMeta_ = !takeMeta(boxes).empty();
   takeFullBoxHeader(meta);
   pitm_ = findBox(meta.rest(), "pitm");
   iinf_ = findBox(meta.rest(), "iinf");
   iref_ = findBox(meta.rest(), "iref");
   iprp_ = findBox(meta.rest(), "iprp");
+  iloc_ = findBox(meta.rest(), "iloc");
+  idat_ = findBox(meta.rest(), "idat");
   primary_ = shown_ = identifierIn(bytesOfPrimary(pitm_));
   while (shown_ != 0 && derivations_.size() < ItemReferences::maximumLevels &&
          itemType(iinf_, shown_) == "iden") {
@@ -237,7 +263,30 @@ std::optional<std::string_view> ImageItems::coding() const {
   return tileType.empty() ? type : tileType;
 }
 
-void ImageItems::checkReferences() const { ItemReferences(iref_).check(primary_, areasOf(iprp_)); }
+void ImageItems::checkReferences() const {
+  // ISO/IEC 14496-12, 8.11.1 allows one. Of several, libheif reads the last.
+  if (hasOtherMeta_) throw UnreadableImage("several meta boxes");
+  const ItemReferences::Areas areas = areasOf(iprp_);
+  ItemReferences(iref_).check(primary_, areas, undecodable(areas));
+}
+
+/// Overlays, and grids that make a larger picture than the file says. One whose size the file does
+/// not say may be as large as the primary item.
+ItemReferences::Items ImageItems::undecodable(const ItemReferences::Areas& areas) const {
+  ItemReferences::Items grids, result;
+  visitEntries(iinf_, [&](const Entry& entry) {
+    if (entry.type == "iovl") result.insert(entry.item);
+    if (entry.type == "grid") grids.insert(entry.item);
+  });
+  if (grids.empty()) return result;
+  constexpr std::size_t largestGrid = 12;  // bytes
+  for (const auto& [item, data] : ItemData::beginnings(file_, iloc_, idat_, largestGrid)) {
+    if (!grids.contains(item)) continue;
+    const auto said = areas.find(areas.contains(item) ? item : primary_);
+    if (said != areas.end() && canvasOf(data) > said->second) result.insert(item);
+  }
+  return result;
+}
 
 void ImageItems::addTransformations(TransformativeProperties& properties) const {
   for (auto derivation = derivations_.rbegin(); derivation != derivations_.rend(); ++derivation) {

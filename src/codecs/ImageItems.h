@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "codecs/ISOBaseMedia.h"
+#include "codecs/ItemReferences.h"
 #include "codecs/TransformativeProperties.h"
 
 namespace orvane {
@@ -22,7 +23,8 @@ class ImageItems {
   std::optional<std::string_view> coding() const;
 
   /// Throws UnreadableImage when items refer to each other in a circle or through too many levels,
-  /// or when decoding the primary item would cost more than a picture of its size can need.
+  /// when decoding the primary item would cost more than a picture of its size can need or ask for
+  /// an overlay, and when decoders may read another meta box than this class.
   void checkReferences() const;
 
   /// The identifier of the primary item or, when that is an identity derivation (6.6.2.1), of the
@@ -41,8 +43,11 @@ class ImageItems {
   Bytes withoutIdentities() const;
 
  private:
+  ItemReferences::Items undecodable(const ItemReferences::Areas& areas) const;
+
   ByteView file_;
-  ByteView pitm_, iinf_, iref_, iprp_;
+  ByteView pitm_, iinf_, iref_, iprp_, iloc_, idat_;
+  bool hasOtherMeta_ = false;
   std::uint32_t primary_ = 0;
   std::uint32_t shown_ = 0;
   std::vector<std::uint32_t> derivations_;  ///< identity derivations, the primary item first

@@ -51,8 +51,8 @@ ItemReferences::ItemReferences(ByteView iref) {
 /// Finds levels and costs, once for each item.
 class ItemReferences::Survey {
  public:
-  Survey(const std::vector<Reference>& references, const Areas& areas)
-      : references_(references), areas_(areas) {}
+  Survey(const std::vector<Reference>& references, const Areas& areas, const Items& undecodable)
+      : references_(references), areas_(areas), undecodable_(undecodable) {}
 
   /// Of an item with all that it refers to.
   struct Extent {
@@ -75,7 +75,8 @@ class ItemReferences::Survey {
 
  private:
   Extent measured(std::uint32_t item, int level) {
-    Extent result{0, std::max(area(item), smallestCost)};
+    Extent result{0,
+                  undecodable_.contains(item) ? greatestCost : std::max(area(item), smallestCost)};
     if (level > maximumLevels) return result;
     auto reference = std::ranges::lower_bound(references_, item, {}, &Reference::from);
     for (; reference != references_.end() && reference->from == item; ++reference) {
@@ -88,11 +89,13 @@ class ItemReferences::Survey {
 
   const std::vector<Reference>& references_;
   const Areas& areas_;
+  const Items& undecodable_;
   std::unordered_map<std::uint32_t, Extent> extents_;
 };
 
-void ItemReferences::check(std::uint32_t primary, const Areas& areas) const {
-  Survey survey(references_, areas);
+void ItemReferences::check(std::uint32_t primary, const Areas& areas,
+                           const Items& undecodable) const {
+  Survey survey(references_, areas, undecodable);
   for (const Reference& reference : references_) survey.extent(reference.from, 0);
   if (survey.extent(primary, 0).cost > freeCost + costPerPixel * survey.area(primary)) {
     throw UnreadableImage("more decodings than the picture can need");

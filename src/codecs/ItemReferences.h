@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/foundation/Bytes.h"
@@ -14,6 +15,7 @@ namespace orvane {
 class ItemReferences {
  public:
   using Areas = std::unordered_map<std::uint32_t, std::uint64_t>;
+  using Items = std::unordered_set<std::uint32_t>;
 
   /// Levels of references below an item. A grid of identity derivations with alpha takes three.
   static constexpr int maximumLevels = 8;
@@ -24,8 +26,9 @@ class ItemReferences {
 
   /// Throws UnreadableImage when an item refers to itself, straight or through others, or through
   /// more than `maximumLevels`, and when decoding `primary` with all that it refers to would cost
-  /// more than a picture of its size can need. `areas`: the pixels of each item, as far as known.
-  void check(std::uint32_t primary, const Areas& areas) const;
+  /// more than a picture of its size can need or ask for an item in `undecodable`. `areas`: the
+  /// pixels of each item, as far as known.
+  void check(std::uint32_t primary, const Areas& areas, const Items& undecodable = {}) const;
 
  private:
   struct Reference {

@@ -218,6 +218,51 @@ TEST(ImageItems, refusesMoreDecodingsThanAPictureOfItsSizeCanNeed) {
   EXPECT_THROW(ImageItems(view(wasteful)).checkReferences(), UnreadableImage);
 }
 
+bool isRefused(const std::string& file) {
+  try {
+    ImageItems(view(file)).checkReferences();
+    return false;
+  } catch (const UnreadableImage&) {
+    return true;
+  }
+}
+
+TEST(ImageItems, refusesASecondMetaBox) {
+  // libheif 1.15 reads the last, whose items have not been checked.
+  const std::string boxes = meta(pitm(1) + iinf({infe(2, 1, "hvc1")}));
+  EXPECT_FALSE(isRefused(ftyp("heic") + boxes + box("free", boxes)));
+  EXPECT_TRUE(isRefused(ftyp("heic") + boxes + box("free", "") + boxes));
+}
+
+TEST(ImageItems, refusesOverlaysThatThePictureIsMadeOf) {
+  // libheif 1.15 takes memory for the canvas that the overlay's data claim.
+  const auto withReferences = [](const std::vector<std::string>& references) {
+    return ftyp("heic") +
+           meta(pitm(1) + iinf({infe(2, 1, "hvc1"), infe(2, 2, "iovl")}) + iref(references));
+  };
+  EXPECT_FALSE(isRefused(withReferences({reference("dimg", 2, {1})})));
+  for (const char* type : {"auxl", "thmb"}) {
+    EXPECT_TRUE(isRefused(withReferences({reference(type, 2, {1})}))) << type;
+  }
+  EXPECT_TRUE(isRefused(withReferences({reference("dimg", 1, {2})})));
+}
+
+TEST(ImageItems, refusesGridsThatMakeALargerPictureThanTheFileSays) {
+  const auto grid = [](std::uint16_t side, const std::vector<test::Association>& associations) {
+    const std::string location = bigEndian(0, 2) + bigEndian(1, 2) + bigEndian(2, 2) +
+                                 bigEndian(1, 2) + bigEndian(0, 2) + bigEndian(1, 2);
+    return ftyp("heic") +
+           meta(pitm(1) + iinf({infe(2, 1, "hvc1"), infe(2, 2, "grid")}) +
+                fullBox("iloc", 1, location) + box("idat", test::gridData(2, 2, side, side)) +
+                iref({reference("auxl", 2, {1})}) + iprp({test::ispe(64, 64)}, associations));
+  };
+  EXPECT_FALSE(isRefused(grid(64, {{1, {1}}, {2, {1}}})));
+  EXPECT_TRUE(isRefused(grid(65, {{1, {1}}, {2, {1}}})));
+  // Without a size of its own.
+  EXPECT_FALSE(isRefused(grid(64, {{1, {1}}})));
+  EXPECT_TRUE(isRefused(grid(65, {{1, {1}}})));
+}
+
 TEST(ImageItems, readsBoxesWhoseSizeIsWideOrOpen) {
   const std::string boxes = pitm(1) + iinf({infe(2, 1, "av01")});
   const std::string wide = bigEndian(1, 4) + "free" + bigEndian(16 + 5, 8) + "12345";
