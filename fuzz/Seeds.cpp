@@ -84,12 +84,14 @@ test::PNGRecipe pngRecipe(std::uint8_t colorType, std::uint8_t bitDepth) {
 }
 
 void addPNG(SeedFolder seeds) {
-  const std::vector<std::vector<std::uint8_t>> depths{{1, 2, 4, 8, 16}, {}, {8, 16}, {1, 2, 4, 8},
-                                                      {8, 16},          {}, {8, 16}};
-  for (std::uint8_t colorType = 0; colorType < depths.size(); ++colorType) {
-    for (const std::uint8_t depth : depths[colorType]) {
-      seeds.add(test::buildPNG(pngRecipe(colorType, depth)));
-    }
+  for (const std::uint8_t depth : {1, 2, 4, 8, 16}) {
+    seeds.add(test::buildPNG(pngRecipe(test::grayType, depth)));
+  }
+  for (const std::uint8_t depth : {1, 2, 4, 8}) {
+    seeds.add(test::buildPNG(pngRecipe(test::paletteType, depth)));
+  }
+  for (const std::uint8_t colorType : {test::rgbType, test::grayAlphaType, test::rgbaType}) {
+    for (const std::uint8_t depth : {8, 16}) seeds.add(test::buildPNG(pngRecipe(colorType, depth)));
   }
   const auto addWith = [&](const std::vector<test::PNGChunk>& chunks) {
     auto recipe = pngRecipe(test::rgbType, 8);
