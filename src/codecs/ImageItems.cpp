@@ -160,12 +160,14 @@ ItemReferences::Areas areasOf(ByteView iprp) {
   return areas;
 }
 
-/// Pixels of the picture that a grid makes (ISO/IEC 23008-12, 6.6.2.3.2).
+/// Pixels of the picture that a grid makes (ISO/IEC 23008-12, 6.6.2.3.2). The most there can be
+/// when its data are too short: libheif 1.15 reads on behind their end.
 std::uint64_t canvasOf(ByteView grid) {
   Cursor cursor(grid);
   cursor.take(1);  // version
   const std::size_t sideSize = (cursor.number(1) & 1) != 0 ? 4 : 2;
   cursor.take(2);  // rows and columns
+  if (cursor.rest().size() < 2 * sideSize) return UINT64_MAX;
   const std::uint64_t width = cursor.number(sideSize);
   return width * cursor.number(sideSize);
 }

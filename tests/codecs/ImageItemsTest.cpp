@@ -247,20 +247,31 @@ TEST(ImageItems, refusesOverlaysThatThePictureIsMadeOf) {
   EXPECT_TRUE(isRefused(withReferences({reference("dimg", 1, {2})})));
 }
 
+/// A picture of 64 × 64 pixels, item 1, whose alpha is a grid, item 2, of these data.
+std::string withAlphaGrid(const std::string& data,
+                          const std::vector<test::Association>& associations) {
+  const std::string location = bigEndian(0, 2) + bigEndian(1, 2) + bigEndian(2, 2) +
+                               bigEndian(1, 2) + bigEndian(0, 2) + bigEndian(1, 2);
+  return ftyp("heic") +
+         meta(pitm(1) + iinf({infe(2, 1, "hvc1"), infe(2, 2, "grid")}) +
+              fullBox("iloc", 1, location) + box("idat", data) + iref({reference("auxl", 2, {1})}) +
+              iprp({test::ispe(64, 64)}, associations));
+}
+
 TEST(ImageItems, refusesGridsThatMakeALargerPictureThanTheFileSays) {
-  const auto grid = [](std::uint16_t side, const std::vector<test::Association>& associations) {
-    const std::string location = bigEndian(0, 2) + bigEndian(1, 2) + bigEndian(2, 2) +
-                                 bigEndian(1, 2) + bigEndian(0, 2) + bigEndian(1, 2);
-    return ftyp("heic") +
-           meta(pitm(1) + iinf({infe(2, 1, "hvc1"), infe(2, 2, "grid")}) +
-                fullBox("iloc", 1, location) + box("idat", test::gridData(2, 2, side, side)) +
-                iref({reference("auxl", 2, {1})}) + iprp({test::ispe(64, 64)}, associations));
-  };
-  EXPECT_FALSE(isRefused(grid(64, {{1, {1}}, {2, {1}}})));
-  EXPECT_TRUE(isRefused(grid(65, {{1, {1}}, {2, {1}}})));
+  const std::string right = test::gridData(2, 2, 64, 64), large = test::gridData(2, 2, 64, 65);
+  EXPECT_FALSE(isRefused(withAlphaGrid(right, {{1, {1}}, {2, {1}}})));
+  EXPECT_TRUE(isRefused(withAlphaGrid(large, {{1, {1}}, {2, {1}}})));
   // Without a size of its own.
-  EXPECT_FALSE(isRefused(grid(64, {{1, {1}}})));
-  EXPECT_TRUE(isRefused(grid(65, {{1, {1}}})));
+  EXPECT_FALSE(isRefused(withAlphaGrid(right, {{1, {1}}})));
+  EXPECT_TRUE(isRefused(withAlphaGrid(large, {{1, {1}}})));
+}
+
+TEST(ImageItems, refusesGridsWhoseDataAreCutShort) {
+  const std::string data = test::gridData(2, 2, 64, 64);
+  for (std::size_t size = 0; size < data.size(); ++size) {
+    EXPECT_TRUE(isRefused(withAlphaGrid(data.substr(0, size), {{1, {1}}, {2, {1}}}))) << size;
+  }
 }
 
 TEST(ImageItems, readsBoxesWhoseSizeIsWideOrOpen) {
