@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+
+#include "picture/EncodingPlan.h"
+#include "picture/ImageCharacteristics.h"
+#include "picture/ImageCompressionResult.h"
+#include "picture/ImageFormat.h"
+#include "platform/foundation/Bytes.h"
+#include "platform/foundation/LocalizedError.h"
+
+/// What programs that link the library call; it is installed as <orvane/orvane.h>.
+///
+/// PNG, JPEG, HEIC, AVIF, WebP and JPEG XL in, told by their content, and out. `quality` is
+/// perceptual, from 1 to 100, and means the same look in every format; numbers outside are clamped.
+/// The same input, format, quality and codec libraries give the same bytes.
+///
+/// Any number of threads may call at once. Everything happens in the calling process: unlike the
+/// command line, nothing here keeps a hostile file that takes over a codec away from the caller.
+/// Codec libraries may write remarks to standard error.
+///
+/// Errors are LocalizedError, whose what() is a sentence for the user, in French where the
+/// catalogue "orvane-cli" has no other; and std::bad_alloc.
+namespace orvane {
+
+/// What a picture is taken for, and how it would be encoded.
+struct Analysis {
+  ImageFormat format;  ///< of the file, by its content
+  ImageCharacteristics characteristics;
+  EncodingPlan plan;
+};
+
+/// Decodes the first picture of `file`, analyses it and plans its way to `format`. Encodes nothing.
+/// Throws LocalizedError for a file that is no picture, incomplete or damaged; std::bad_alloc.
+Analysis analyze(ByteView file, ImageFormat format, double quality);
+
+/// Compresses a whole file in memory into a whole file of `format`, which may be the larger one:
+/// the first picture, upright, without metadata, in the colour space that it had.
+/// Throws LocalizedError where it cannot be decoded or encoded; std::bad_alloc.
+Bytes compress(ByteView file, ImageFormat format, double quality);
+
+/// Compresses the file at `path` into `folder`, which must exist, under the name of the source with
+/// the extension of `format`. A file of that name is replaced in one step. Never throws: a failure
+/// becomes the result's `error`. Two calls at once may not write to the same name.
+ImageCompressionResult compressFile(const std::string& path, const std::string& folder,
+                                    ImageFormat format, double quality);
+
+}  // namespace orvane
