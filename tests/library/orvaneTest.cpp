@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "codecs/ImageSource.h"
+#include "pipeline/EncodingStrategy.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestFiles.h"
 #include "support/TestImages.h"
@@ -32,7 +33,7 @@ TEST(Library, saysWhatAPictureIsAndHowItWouldBeEncoded) {
   EXPECT_EQ(analysis.format, ImageFormat::png);
   EXPECT_EQ(analysis.characteristics.width, 80);
   EXPECT_EQ(analysis.characteristics.height, 60);
-  EXPECT_EQ(analysis.plan.quality, 60);
+  EXPECT_EQ(analysis.plan, EncodingStrategy::plan(analysis.characteristics, ImageFormat::webp, 60));
 }
 
 TEST(Library, throwsASentenceForAFileThatIsNoPicture) {
