@@ -11,6 +11,7 @@ namespace orvane::fuzz {
 namespace {
 
 using Boxes = std::vector<BoxTree>;
+using test::bigEndian;
 
 // MARK: Values
 
@@ -25,14 +26,12 @@ std::uint64_t edgeNumber(Random& random) {
 }
 
 /// Overwrites a number of 1, 2 or 4 bytes.
-void changeNumber(Bytes& content, Random& random) {
+void changeNumber(std::string& content, Random& random) {
   const std::size_t size = std::size_t{1} << random.below(3);
   if (content.size() < size) return;
-  const std::size_t at = random.below(content.size() - size + 1);
-  Bytes number;
-  appendNumber(number, random.below(2) == 0 ? smallNumber(random) : edgeNumber(random),
-               static_cast<int>(size));
-  std::ranges::copy(number, content.begin() + static_cast<std::ptrdiff_t>(at));
+  const std::uint64_t number = random.below(2) == 0 ? smallNumber(random) : edgeNumber(random);
+  content.replace(random.below(content.size() - size + 1), size,
+                  bigEndian(number, static_cast<int>(size)));
 }
 
 // MARK: Items, references, properties
@@ -48,21 +47,18 @@ void changeItemType(BoxTree& meta, Random& random) {
   constexpr std::size_t typeOffset = 8;  // of an entry with an identifier of 16 bits
   BoxTree& items = meta.child("iinf");
   if (items.children.empty()) return;
-  Bytes& entry = random.oneOf(items.children).content;
-  if (entry.size() < typeOffset + 4) return;
-  std::ranges::copy(random.oneOf(types), entry.begin() + typeOffset);
+  std::string& entry = random.oneOf(items.children).content;
+  if (entry.size() >= typeOffset + 4) entry.replace(typeOffset, 4, random.oneOf(types));
 }
 
 void addReference(BoxTree& meta, Random& random) {
   constexpr std::array<std::string_view, 5> types{"dimg", "auxl", "thmb", "cdsc", "prem"};
   BoxTree& references = meta.child("iref");
-  if (references.content.empty()) appendNumber(references.content, 0, 4);
-  BoxTree reference{.type = std::string(random.oneOf(types))};
+  if (references.content.empty()) references.content = bigEndian(0, 4);  // version and flags
   const std::size_t count = 1 + random.below(4);
-  appendNumber(reference.content, smallNumber(random), 2);
-  appendNumber(reference.content, count, 2);
-  for (std::size_t i = 0; i < count; ++i) appendNumber(reference.content, smallNumber(random), 2);
-  references.children.push_back(std::move(reference));
+  std::string content = bigEndian(smallNumber(random), 2) + bigEndian(count, 2);
+  for (std::size_t i = 0; i < count; ++i) content += bigEndian(smallNumber(random), 2);
+  references.children.push_back({.type = std::string(random.oneOf(types)), .content = content});
 }
 
 std::string newProperty(Random& random) {
@@ -84,21 +80,19 @@ std::string newProperty(Random& random) {
     case 6:
       return test::fullBox("auxC", 0, std::string("urn:mpeg:hevc:2015:auxid:1") + '\0');
     default:
-      return test::box("colr", "nclx" + test::bigEndian(smallNumber(random), 2) +
-                                   test::bigEndian(smallNumber(random), 2) +
-                                   test::bigEndian(smallNumber(random), 2) + '\x80');
+      return test::box("colr", "nclx" + bigEndian(smallNumber(random), 2) +
+                                   bigEndian(smallNumber(random), 2) +
+                                   bigEndian(smallNumber(random), 2) + '\x80');
   }
 }
 
 /// Appends an association of an item with a property (ISO/IEC 23008-12, 9.3) and counts it.
 void addAssociation(BoxTree& properties, std::uint64_t place, Random& random) {
   constexpr std::size_t headerSize = 8;  // version and flags, the count of items
-  Bytes& associations = properties.child("ipma").content;
+  std::string& associations = properties.child("ipma").content;
   associations.resize(std::max(associations.size(), headerSize));
   ++associations[headerSize - 1];
-  appendNumber(associations, smallNumber(random), 2);
-  appendNumber(associations, 1, 1);
-  appendNumber(associations, place, 1);
+  associations += bigEndian(smallNumber(random), 2) + bigEndian(1, 1) + bigEndian(place, 1);
 }
 
 void addProperty(BoxTree& meta, Random& random) {
@@ -113,7 +107,7 @@ void addKnownProperty(BoxTree& meta, Random& random) {
 }
 
 void changePrimaryItem(BoxTree& meta, Random& random) {
-  meta.child("pitm").content = {0, 0, 0, 0, 0, static_cast<std::uint8_t>(smallNumber(random))};
+  meta.child("pitm").content = bigEndian(0, 4) + bigEndian(smallNumber(random), 2);
 }
 
 // MARK: Any box
@@ -155,26 +149,22 @@ void change(Boxes& file, Random& random) {
 // MARK: File
 
 /// Item locations and chunk offsets count from the start of the file. So that they stay right, a
-/// box of another size leaves free space at its place and moves to the end.
-Bytes written(const Boxes& changed, const Boxes& original) {
-  if (changed.size() != original.size()) {
-    Bytes file;
-    for (const BoxTree& box : changed) box.write(file);
-    return file;
-  }
-  Bytes file, moved;
+/// meta or moov box of another size leaves free space at its place and moves to the end.
+std::string written(const Boxes& changed, const Boxes& original) {
+  std::string file, moved;
   for (std::size_t i = 0; i < changed.size(); ++i) {
-    Bytes before, after;
-    original[i].write(before);
-    changed[i].write(after);
-    const bool fits = before.size() == after.size() || i + 1 == changed.size();
-    if (!fits) std::ranges::copy(std::string_view("free"), before.begin() + 4);
-    file.insert(file.end(), fits ? after.begin() : before.begin(),
-                fits ? after.end() : before.end());
-    if (!fits) moved.insert(moved.end(), after.begin(), after.end());
+    const std::string after = changed[i].written();
+    const std::string before = i < original.size() ? original[i].written() : after;
+    const bool isLast = i + 1 == changed.size();
+    const bool hasOffsets = changed[i].type == "meta" || changed[i].type == "moov";
+    if (isLast || !hasOffsets || before.size() == after.size()) {
+      file += after;
+    } else {
+      file += test::box("free", before.substr(8));
+      moved += after;
+    }
   }
-  file.insert(file.end(), moved.begin(), moved.end());
-  return file;
+  return file + moved;
 }
 
 bool isMadeOfBoxes(ByteView file) {
@@ -190,7 +180,8 @@ std::optional<Bytes> changedBoxes(ByteView file, Random& random) {
   const Boxes original = BoxTree::read(file);
   Boxes changed = original;
   change(changed, random);
-  return written(changed, original);
+  const std::string result = written(changed, original);
+  return Bytes(result.begin(), result.end());
 }
 
 }  // namespace orvane::fuzz

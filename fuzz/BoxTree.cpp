@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "codecs/ISOBaseMedia.h"
+#include "support/BoxBuilder.h"
 
 namespace orvane::fuzz {
 namespace {
@@ -32,39 +33,27 @@ std::vector<BoxTree> BoxTree::read(ByteView boxes, int levels) {
     if (type.empty()) break;
     const auto fields = levels > 0 ? fieldsSize(type, content) : std::nullopt;
     const auto size = std::min(fields.value_or(content.size()), content.size());
+    const ByteView before = content.first(size);
     trees.push_back({.type = std::string(type),
-                     .content = Bytes(content.begin(), content.begin() + std::ptrdiff_t(size)),
+                     .content = std::string(before.begin(), before.end()),
                      .children = read(content.subspan(size), levels - 1)});
   }
   return trees;
 }
 
-void BoxTree::write(Bytes& out) const {
-  const std::size_t start = out.size();
-  appendNumber(out, 0, 4);  // the size
-  out.insert(out.end(), type.begin(), type.end());
-  out.insert(out.end(), content.begin(), content.end());
-  for (const BoxTree& box : children) box.write(out);
-  const auto put = [&](std::size_t at, std::size_t byteCount, std::uint64_t value) {
-    for (std::size_t i = byteCount; i-- > 0; value >>= 8) {
-      out[at + i] = static_cast<std::uint8_t>(value);
-    }
-  };
-  put(start, 4, out.size() - start);
+std::string BoxTree::written() const {
+  std::string result = content;
   if (type == "iinf" && content.size() > fullHeaderSize) {
-    put(start + 8 + fullHeaderSize, content.size() - fullHeaderSize, children.size());
+    const std::size_t size = content.size() - fullHeaderSize;
+    result.replace(fullHeaderSize, size, test::bigEndian(children.size(), static_cast<int>(size)));
   }
+  for (const BoxTree& box : children) result += box.written();
+  return test::box(type, result);
 }
 
 BoxTree& BoxTree::child(const std::string& childType) {
   const auto found = std::ranges::find(children, childType, &BoxTree::type);
   return found != children.end() ? *found : children.emplace_back(BoxTree{.type = childType});
-}
-
-void appendNumber(Bytes& out, std::uint64_t value, int byteCount) {
-  for (int i = byteCount - 1; i >= 0; --i) {
-    out.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
-  }
 }
 
 }  // namespace orvane::fuzz

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -7,10 +9,21 @@
 #include "Random.h"
 #include "platform/foundation/Bytes.h"
 
+/// libFuzzer's own changes, which know no structure. Returns the new size.
+extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size,
+                                        std::size_t mostBytes);
+
 namespace orvane::fuzz {
 
-/// Changes bytes without knowing their structure, as libFuzzer does, by at most a few dozen more.
-void changeBytes(Bytes& bytes);
+/// Changes bytes or text as libFuzzer does, to at most a few dozen bytes more.
+template <class Content>
+void changeBytes(Content& content) {
+  constexpr std::size_t growth = 32;
+  const std::size_t size = content.size();
+  content.resize(size + growth);
+  auto* const data = reinterpret_cast<std::uint8_t*>(content.data());
+  content.resize(LLVMFuzzerMutate(data, size, content.size()));
+}
 
 /// Removes, repeats or exchanges elements of a row.
 template <class Element>

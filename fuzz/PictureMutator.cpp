@@ -5,9 +5,6 @@
 
 #include "Mutation.h"
 
-extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size,
-                                        std::size_t mostBytes);
-
 namespace orvane::fuzz {
 namespace {
 
@@ -19,14 +16,6 @@ std::optional<Bytes> changed(ByteView file, Random& random) {
 }
 
 }  // namespace
-
-void changeBytes(Bytes& bytes) {
-  constexpr std::size_t growth = 32;
-  const std::size_t size = bytes.size();
-  bytes.resize(size + growth);
-  bytes.resize(LLVMFuzzerMutate(bytes.data(), size, bytes.size()));
-}
-
 }  // namespace orvane::fuzz
 
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
