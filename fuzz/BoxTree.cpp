@@ -43,7 +43,7 @@ std::vector<BoxTree> BoxTree::read(ByteView boxes, int levels) {
 
 std::string BoxTree::written() const {
   std::string result = content;
-  if (type == "iinf" && content.size() > fullHeaderSize) {
+  if (type == "iinf" && fieldsSize(type, test::view(content)) == content.size()) {
     const std::size_t size = content.size() - fullHeaderSize;
     result.replace(fullHeaderSize, size, test::bigEndian(children.size(), static_cast<int>(size)));
   }
