@@ -4,26 +4,16 @@
 
 #include <cmath>
 
+#include "support/Luminance.h"
 #include "support/TestImages.h"
 
 namespace orvane {
 namespace {
 
 using Chroma = JPEGSettings::Chroma;
+using test::luminanceOf;
 using test::Pixel;
-
-double lightOf(double number) {
-  const double share = number / 255;
-  return share <= 0.04045 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
-}
-
-double luminanceOf(double red, double green, double blue) {
-  return 0.2126 * lightOf(red) + 0.7152 * lightOf(green) + 0.0722 * lightOf(blue);
-}
-
-double shownLuminance(double luma, double cb, double cr) {
-  return luminanceOf(luma + 1.402 * cr, luma - 0.344136 * cb - 0.714136 * cr, luma + 1.772 * cb);
-}
+using test::shownLuminance;
 
 /// A strip of one colour and a decoded chroma of any other.
 struct Scene {

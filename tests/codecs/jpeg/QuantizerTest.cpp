@@ -58,6 +58,51 @@ TEST(Quantizer, lowersMoreTheLessErrorsAreSeen) {
   EXPECT_GE(highestZero(plain), highestZero(glaring));
 }
 
+/// All steps are twice the scale.
+JPEGSettings evenSettings() {
+  JPEGSettings result{.lumaScale = 5, .chromaScale = 8, .chroma = JPEGSettings::Chroma::halved};
+  result.lumaSteps.fill(10);
+  result.chromaSteps.fill(16);
+  return result;
+}
+
+/// What a squared error of one step costs, in bits, when the eye sees a share of it.
+double costOf(double seenShare, double lambda) { return 2 * 2 * 2 * seenShare / lambda; }
+
+// Sensitivities to errors of the lowest frequency.
+const double fineSensitivity = 1 / std::pow(1 + 2.1 * std::pow(1.0 / 7, 1.5), 2);
+const double coarseSensitivity = 0.7 * std::exp(-1 / 1.69);
+
+/// Expects that lowering a 1 saves 4.5 bits, and lowering a 2 saves 3.
+void expectThresholds(const Quantizer& quantizer, float step, ErrorVisibility visibility,
+                      double cost) {
+  const auto level = [&](double value) {
+    Block block{};
+    block[1] = static_cast<float>(value) * step;
+    Levels levels;
+    quantizer.quantize(block, visibility, levels.data());
+    return int{levels[1]};
+  };
+  const double one = 0.5 + 4.5 / cost;
+  const double two = 1.5 + 3 / cost;
+  EXPECT_EQ(level(one - 0.01), 0);
+  EXPECT_EQ(level(one + 0.01), 1);
+  EXPECT_EQ(level(two - 0.01), 1);
+  EXPECT_EQ(level(two + 0.01), 2);
+}
+
+TEST(Quantizer, weighsErrorsOfLumaAgainstBits) {
+  const Quantizer quantizer = Quantizer::forLuma(evenSettings());
+  expectThresholds(quantizer, 10, {.fine = 0, .coarse = 1}, costOf(coarseSensitivity, 0.18));
+  expectThresholds(quantizer, 10, {.fine = 0.5F, .coarse = 0}, costOf(fineSensitivity * 0.5, 0.18));
+}
+
+TEST(Quantizer, weighsErrorsOfChromaAgainstBits) {
+  const Quantizer quantizer = Quantizer::forChroma(evenSettings());
+  expectThresholds(quantizer, 16, {.fine = 0.1F, .coarse = 9},
+                   costOf(fineSensitivity * 0.1, 0.047));
+}
+
 TEST(Quantizer, roundsMeans) {
   for (const float value : {0.51F, -0.51F, 1.51F, -3.51F}) {
     EXPECT_EQ(levelOf(0, value, hidden), std::lround(value)) << value;

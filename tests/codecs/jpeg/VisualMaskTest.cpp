@@ -44,6 +44,11 @@ TEST(VisualMask, findsErrorsHiddenByDetail) {
   EXPECT_NEAR(mask.at(4, 4, 1).fine, std::pow(243 / (2 * variance + 56.7), 7.0 / 16), 0.01);
 }
 
+TEST(VisualMask, hidesCoarseErrorsBehindCoarseDetailOnly) {
+  const VisualMask mask = maskOf(checksBeyond(64, 64, 0));
+  EXPECT_FLOAT_EQ(mask.at(4, 4, 1).coarse, maskOf(flat(64, 64)).at(4, 4, 1).coarse);
+}
+
 TEST(VisualMask, looksBeyondTheBlock) {
   const VisualMask mask = maskOf(checksBeyond(128, 64, 64));
   EXPECT_LT(mask.at(7, 3, 1).fine, mask.at(5, 3, 1).fine);
