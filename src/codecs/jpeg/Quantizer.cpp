@@ -20,11 +20,17 @@ double errorWeight(double step, double lambda) { return 2 * step * step / lambda
 
 double frequency(std::size_t i) { return std::hypot(i % 8, i / 8); }
 
+/// Rounds to 65536ths: the last digits of std::pow, std::exp and std::hypot differ between
+/// processors, and a file must not.
+double rounded(double sensitivity) { return std::round(sensitivity * 65536) / 65536; }
+
 /// How much less an error counts the faster it alternates.
 double fineSensitivity(double frequency) {
-  return 1 / std::pow(1 + 2.1 * std::pow(frequency / 7, 1.5), 2);
+  return rounded(1 / std::pow(1 + 2.1 * std::pow(frequency / 7, 1.5), 2));
 }
-double coarseSensitivity(double frequency) { return 0.7 * std::exp(-frequency * frequency / 1.69); }
+double coarseSensitivity(double frequency) {
+  return rounded(0.7 * std::exp(-frequency * frequency / 1.69));
+}
 
 /// The range of eight-bit pictures' levels (ITU-T T.81, F.1.2). That of means reaches one further
 /// down.
