@@ -80,8 +80,10 @@ Parts takeApart(ByteView file) {
     if (holdsMeans) {
       parts.head = file.first(end);
     } else {
+      // A component's scans lie side by side.
       ByteView& bands = parts.bands[file[at + 5]];
-      bands = {bands.empty() ? file.data() + scan : bands.data(), file.data() + end};
+      const std::size_t size = bands.size() + (end - scan);
+      bands = file.subspan(end - size, size);
     }
     scan = end;
   }
