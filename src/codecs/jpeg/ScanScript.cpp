@@ -1,6 +1,7 @@
 #include "codecs/jpeg/ScanScript.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <map>
 
@@ -105,11 +106,16 @@ Bytes joinSmallestScans(std::span<const Bytes> files) {
       if (bands.size() < best.size()) best = bands;
     }
   }
-  Bytes joined(smallest.head.begin(), smallest.head.end());
+  constexpr std::array end{markerStart, endOfImage};
+  std::size_t size = smallest.head.size() + end.size();
+  for (const auto& [component, bands] : smallest.bands) size += bands.size();
+  Bytes joined;
+  joined.reserve(size);
+  joined.assign(smallest.head.begin(), smallest.head.end());
   for (const auto& [component, bands] : smallest.bands) {
     joined.insert(joined.end(), bands.begin(), bands.end());
   }
-  joined.insert(joined.end(), {markerStart, endOfImage});
+  joined.insert(joined.end(), end.begin(), end.end());
   return joined;
 }
 
