@@ -22,19 +22,20 @@ struct LumaPlane {
 };
 
 /// Luma of ITU-T T.871, in 256ths.
-unsigned lumaOf(const std::uint8_t* pixel) {
+unsigned lumaIn256ths(const std::uint8_t* pixel) {
   return 77U * pixel[0] + 150U * pixel[1] + 29U * pixel[2];
 }
 
 void halveRows(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t width,
                std::uint8_t* halved) {
   for (std::size_t x = 0; x < width / 2; ++x) {
-    const unsigned sum = lumaOf(upper + x * 8) + lumaOf(upper + x * 8 + 4) + lumaOf(lower + x * 8) +
-                         lumaOf(lower + x * 8 + 4);
+    const unsigned sum = lumaIn256ths(upper + x * 8) + lumaIn256ths(upper + x * 8 + 4) +
+                         lumaIn256ths(lower + x * 8) + lumaIn256ths(lower + x * 8 + 4);
     halved[x] = static_cast<std::uint8_t>((sum + 512) / 1024);
   }
   if (width % 2 == 0) return;
-  const unsigned sum = lumaOf(upper + (width - 1) * 4) + lumaOf(lower + (width - 1) * 4);
+  const unsigned sum =
+      lumaIn256ths(upper + (width - 1) * 4) + lumaIn256ths(lower + (width - 1) * 4);
   halved[width / 2] = static_cast<std::uint8_t>((sum + 256) / 512);
 }
 
