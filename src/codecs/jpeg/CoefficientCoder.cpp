@@ -22,10 +22,6 @@ Block blockAt(const float* corner, std::size_t stride, float center) {
   return block;
 }
 
-std::size_t unitSide(JPEGSettings::Chroma chroma, std::size_t components) {
-  return chroma == JPEGSettings::Chroma::halved && components > 1 ? 16 : 8;
-}
-
 }  // namespace
 
 CoefficientCoder::CoefficientCoder(OpaqueRows& rows, const JPEGSettings& settings,
@@ -33,7 +29,7 @@ CoefficientCoder::CoefficientCoder(OpaqueRows& rows, const JPEGSettings& setting
     : rows_(rows),
       settings_(settings),
       planes_(planes),
-      side_(unitSide(settings.chroma, planes.count())),
+      side_(unitSide(settings.chroma)),
       mask_(rows),
       lumaQuantizer_(Quantizer::forLuma(settings)),
       chromaQuantizer_(Quantizer::forChroma(settings)),

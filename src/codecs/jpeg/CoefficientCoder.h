@@ -20,8 +20,8 @@ namespace orvane {
 /// decoded, too.
 class CoefficientCoder {
  public:
-  /// Fills `planes`: luma, and Cb and Cr where there are three. The rows of a picture with one
-  /// plane are grey. Refers to all three, which must outlive it.
+  /// Fills `planes`: luma, and Cb and Cr where there are three. For a single plane, the rows are
+  /// grey and the chroma is Chroma::full. Refers to all three, which must outlive it.
   CoefficientCoder(OpaqueRows& rows, const JPEGSettings& settings, CoefficientPlanes& planes);
 
   void code();

@@ -12,7 +12,7 @@ CoefficientPlanes::CoefficientPlanes(std::size_t width, std::size_t height, std:
   if (width == 0 || height == 0) throw UnwritableImage("a side has no pixels");
   if (std::max(width, height) > JPEG_MAX_DIMENSION) throw UnwritableImage("a side is too long");
   for (std::size_t i = 0; i < count; ++i) {
-    const std::size_t side = i > 0 && chroma == JPEGSettings::Chroma::halved ? 16 : 8;
+    const std::size_t side = i > 0 ? unitSide(chroma) : 8;
     planes_[i].columns = (width + side - 1) / side;
     planes_[i].rows = (height + side - 1) / side;
   }
@@ -23,7 +23,7 @@ CoefficientPlanes::CoefficientPlanes(std::size_t width, std::size_t height, std:
 void CoefficientPlanes::allocate() {
   jpeg_create_compress(&owner_);
   auto* const info = reinterpret_cast<j_common_ptr>(&owner_);
-  // libjpeg looks at whole rows of coding units, of two blocks at most.
+  // libjpeg reads whole coding units, which are up to 2x2 blocks.
   const auto wholeUnits = [](std::size_t blocks) {
     return static_cast<JDIMENSION>((blocks + 1) / 2 * 2);
   };

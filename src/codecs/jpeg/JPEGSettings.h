@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 
 namespace orvane {
 
@@ -26,5 +27,10 @@ struct JPEGSettings {
   /// `quality` is 0…1, `chromaEdgeShare` is PictureMeasurements::chromaEdgeShare.
   static JPEGSettings forPicture(double quality, double chromaEdgeShare);
 };
+
+/// The side, in pixels, of the square that a block of chroma covers.
+constexpr std::size_t unitSide(JPEGSettings::Chroma chroma) {
+  return chroma == JPEGSettings::Chroma::halved ? 16 : 8;
+}
 
 }  // namespace orvane

@@ -101,9 +101,9 @@ void FileWriter::configure() {
   if (planes_.count() > 1) {
     jpeg_add_quant_table(&info_, 1, settings_.chromaSteps.data(), asTheyAre, TRUE);
   }
-  const bool isHalved = planes_.count() > 1 && settings_.chroma == JPEGSettings::Chroma::halved;
-  info_.comp_info[0].h_samp_factor = isHalved ? 2 : 1;
-  info_.comp_info[0].v_samp_factor = isHalved ? 2 : 1;
+  const int lumaSampling = static_cast<int>(unitSide(settings_.chroma) / 8);
+  info_.comp_info[0].h_samp_factor = lumaSampling;
+  info_.comp_info[0].v_samp_factor = lumaSampling;
   info_.optimize_coding = TRUE;
 }
 
@@ -118,7 +118,8 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
   OpaqueRows rows(image);
   // A profile for RGB says nothing about one component.
   const bool gray = measurements.isGray && rows.colorSpace()->isSRGB();
-  const auto settings = JPEGSettings::forPicture(quality, measurements.chromaEdgeShare);
+  auto settings = JPEGSettings::forPicture(quality, measurements.chromaEdgeShare);
+  if (gray) settings.chroma = JPEGSettings::Chroma::full;  // A unit of one component is a block.
   CoefficientPlanes planes(rows.width(), rows.height(), gray ? 1 : 3, settings.chroma);
   CoefficientCoder(rows, settings, planes).code();
   std::vector<Bytes> files;

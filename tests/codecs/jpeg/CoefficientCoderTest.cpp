@@ -81,8 +81,8 @@ TEST(CoefficientCoder, codesGrayPicturesAsLuma) {
                                         const auto level = static_cast<std::uint16_t>(shade(x, y));
                                         return Pixel{level, level, level, 255};
                                       });
-  CoefficientPlanes planes(30, 20, 1, Chroma::halved);
-  code(image, finest(Chroma::halved), planes);
+  CoefficientPlanes planes(30, 20, 1, Chroma::full);
+  code(image, finest(Chroma::full), planes);
   expectSamples(planes, 0, 30, 20,
                 [&](std::size_t x, std::size_t y) { return static_cast<double>(shade(x, y)); });
 }
@@ -159,7 +159,7 @@ TEST(CoefficientCoder, dropsLumaThatDetailHides) {
     return shifted({100, 100, 100, 255}, shift, shift, shift);
   });
   CoefficientPlanes planes(128, 64, 1, Chroma::full);
-  code(image, JPEGSettings::forPicture(0.75, 0), planes);
+  code(image, JPEGSettings::forPicture(0.75, 1), planes);
   const auto count = [&](std::size_t column) {
     return 64 - std::count(planes.block(0, 4, column), planes.block(0, 4, column) + 64, 0);
   };

@@ -22,7 +22,7 @@ TEST(CoefficientPlanes, haveAsManyBlocksAsTheFile) {
 }
 
 TEST(CoefficientPlanes, keepWhatIsWritten) {
-  CoefficientPlanes planes(20, 20, 1, Chroma::halved);
+  CoefficientPlanes planes(20, 20, 1, Chroma::full);
   planes.block(0, 2, 1)[63] = 5;
   EXPECT_EQ(planes.block(0, 2, 1)[63], 5);
   EXPECT_EQ(planes.block(0, 2, 1)[62], 0);
