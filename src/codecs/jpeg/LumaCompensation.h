@@ -13,7 +13,8 @@
 namespace orvane {
 
 /// Takes from luma what the error of the decoded chroma adds to the luminance that a display shows.
-/// The eye sees luminance sharpest, and chroma is coded coarsest.
+/// The eye sees luminance sharpest, and chroma is coded coarsest. Takes sRGB's transfer curve and
+/// the weights of ITU-R BT.709 for every picture, which is an approximation for other RGB spaces.
 class LumaCompensation {
  public:
   LumaCompensation(std::size_t pictureWidth, std::size_t pictureHeight,

@@ -12,8 +12,8 @@ Color colorAt(const PixelStrip& pixels, std::size_t x, std::size_t y) {
 }
 
 /// Of the 2×2 pixels right of and below (x, y).
-Color meanColorAt(const PixelStrip& pixels, std::size_t x, std::size_t y) {
-  const TransferCurve& curve = TransferCurve::sRGB();
+Color meanColorAt(const PixelStrip& pixels, const TransferCurve& curve, std::size_t x,
+                  std::size_t y) {
   const auto mean = [&](std::size_t i) {
     const std::uint8_t* const upper = pixels.row(i, y) + x;
     const std::uint8_t* const lower = pixels.row(i, y + 1) + x;
@@ -52,7 +52,9 @@ void sampleChroma(const PixelStrip& pixels, JPEGSettings::Chroma chroma, ChromaS
   if (chroma == JPEGSettings::Chroma::full) {
     fill(result, [&](std::size_t x, std::size_t y) { return colorAt(pixels, x, y); });
   } else {
-    fill(result, [&](std::size_t x, std::size_t y) { return meanColorAt(pixels, x * 2, y * 2); });
+    const TransferCurve& curve = TransferCurve::sRGB();
+    fill(result,
+         [&](std::size_t x, std::size_t y) { return meanColorAt(pixels, curve, x * 2, y * 2); });
   }
 }
 

@@ -21,7 +21,8 @@ struct ChromaStrip {
 };
 
 /// Halved chroma is that of 2×2 pixels' mean in linear light, which is the colour that a display
-/// shows from afar.
+/// shows from afar. Takes sRGB's transfer curve for every picture, which is an approximation for
+/// other RGB spaces.
 void sampleChroma(const PixelStrip& pixels, JPEGSettings::Chroma chroma, ChromaStrip& result);
 
 }  // namespace orvane
