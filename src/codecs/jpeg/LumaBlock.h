@@ -8,8 +8,9 @@
 
 namespace orvane {
 
-/// Codes one block of luma, less 128, into 64 levels. Black and white pixels beside others may be
-/// coded as still darker or brighter, where that costs less: decoders clip them.
+/// Codes one block of luma, less 128, into 64 levels. A block with black or white pixels beside
+/// others is coded in several rounds. Each round accepts the overshoot that the last one has left
+/// in black and white pixels, since decoders clip it, and so comes nearer to the other pixels.
 void codeLumaBlock(const Block& luma, ErrorVisibility visibility, const Quantizer& quantizer,
                    std::int16_t* levels);
 
