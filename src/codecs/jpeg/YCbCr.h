@@ -18,7 +18,7 @@ inline float redDifferenceOf(const Color& c) {
 }
 
 /// What Cb and Cr add to the channels of a pixel.
-inline Color colorOf(float blueDifference, float redDifference) {
+inline Color colorDifferenceOf(float blueDifference, float redDifference) {
   return {.red = 1.402F * redDifference,
           .green = -0.344136F * blueDifference - 0.714136F * redDifference,
           .blue = 1.772F * blueDifference};
