@@ -65,7 +65,7 @@ class Batch {
   }
 
  private:
-  /// What a task has done: one file, or a group that has got its names.
+  /// The outcome of a task: one file, or a group that has got its names.
   struct Finished {
     std::vector<std::size_t> indices;
     std::vector<ImageCompressor::Uncommitted> files;

@@ -9,7 +9,7 @@
 #include "platform/foundation/Bytes.h"
 #include "platform/foundation/LocalizedError.h"
 
-/// What programs that link the library call; it is installed as <orvane/orvane.h>.
+/// The interface for programs that link the library; it is installed as <orvane/orvane.h>.
 ///
 /// PNG, JPEG, HEIC, AVIF, WebP and JPEG XL in, told by their content, and out. `quality` is
 /// perceptual, from 1 to 100, and means the same look in every format; numbers outside are clamped.

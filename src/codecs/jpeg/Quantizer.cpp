@@ -7,11 +7,11 @@
 namespace orvane {
 namespace {
 
-/// What a bit is worth, in squared errors of the lowest frequencies' step.
+/// The worth of a bit, in squared errors of the lowest frequencies' step.
 constexpr double lumaLambda = 0.18;
 constexpr double chromaLambda = 0.047;
 
-/// What lowering a level saves: a 1 that becomes 0 saves its run, too.
+/// Lowering a level saves this many bits: a 1 that becomes 0 saves its run, too.
 constexpr float bitsOfOne = 4.5F;
 constexpr float bitsOfLength = 3;
 

@@ -17,7 +17,7 @@ inline float redDifferenceOf(const Color& c) {
   return 0.5F * c.red - 0.418688F * c.green - 0.081312F * c.blue;
 }
 
-/// What Cb and Cr add to the channels of a pixel.
+/// Cb and Cr add this to the channels of a pixel.
 inline Color colorDifferenceOf(float blueDifference, float redDifference) {
   return {.red = 1.402F * redDifference,
           .green = -0.344136F * blueDifference - 0.714136F * redDifference,
