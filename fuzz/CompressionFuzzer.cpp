@@ -1,5 +1,6 @@
 // A picture that can be decoded is encoded in all six formats, and each output can be decoded to a
-// picture of the same size.
+// picture of the same size. Only JPEG XL may fail: libjxl refuses some colour profiles that Little
+// CMS takes.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +13,7 @@
 
 namespace {
 
+using orvane::Bytes;
 using orvane::ByteView;
 using orvane::ImageDecoder::DecodedImage;
 
@@ -30,6 +32,17 @@ std::optional<DecodedImage> decoded(ByteView file) try {
   return std::nullopt;
 }
 
+/// Absent where the encoder refuses the picture.
+std::optional<Bytes> encoded(ByteView file, orvane::ImageFormat format) {
+  orvane::Compression compression(file, format, quality);
+  compression.decode();
+  try {
+    return compression.encode();
+  } catch (const orvane::ImageProcessingError&) {
+    return std::nullopt;
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -37,10 +50,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto picture = decoded(file);
   if (!picture) return 0;
   for (const orvane::ImageFormat format : orvane::ImageFormat::allCases) {
-    orvane::Compression compression(file, format, quality);
-    compression.decode();
-    const orvane::Bytes output = compression.encode();
-    const DecodedImage again = orvane::ImageDecoder::decodeImageSource(output);
+    const auto output = encoded(file, format);
+    if (!output && format == orvane::ImageFormat::jxl) continue;
+    const DecodedImage again = orvane::ImageDecoder::decodeImageSource(output.value());
     const bool isSame = again.format == format && again.image.width == picture->image.width &&
                         again.image.height == picture->image.height;
     if (!isSame) std::abort();
