@@ -2,9 +2,11 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
+#include <vector>
 
 #include "codecs/OpaqueRows.h"
-#include "codecs/jpeg/CoefficientPlanes.h"
+#include "codecs/jpeg/CoefficientPlane.h"
 #include "codecs/jpeg/DecodedChroma.h"
 #include "codecs/jpeg/JPEGSettings.h"
 #include "codecs/jpeg/LumaCompensation.h"
@@ -15,36 +17,46 @@
 
 namespace orvane {
 
-/// Turns a picture's pixels into the levels of its coefficients, strip by strip. A strip's chroma
-/// is coded first; its luma makes good what that has lost, once the chroma of the strip below is
-/// decoded, too.
+/// Turns a picture's pixels into the levels of its coefficients, strip by strip. Chroma comes
+/// first, for luma makes good what a decoder does not restore of it. The steps are apart so that
+/// the levels of all components never lie in memory at once.
 class CoefficientCoder {
  public:
-  /// Fills `planes`: luma, and Cb and Cr where there are three. For a single plane, the rows are
-  /// grey and the chroma is Chroma::full. Refers to all three, which must outlive it.
-  CoefficientCoder(OpaqueRows& rows, const JPEGSettings& settings, CoefficientPlanes& planes);
+  using ChromaPlanes = std::array<CoefficientPlane, 2>;  ///< Cb and Cr
 
-  void code();
+  /// Refers to both, which must outlive it.
+  CoefficientCoder(OpaqueRows& rows, const JPEGSettings& settings);
+
+  ChromaPlanes codeChroma();
+
+  /// Keeps the samples that a decoder restores of the chroma. Frees the levels of each component
+  /// as soon as it is done.
+  void decodeChroma(ChromaPlanes planes);
+
+  /// After decodeChroma, or without for a grey picture, which takes Chroma::full.
+  CoefficientPlane codeLuma();
 
  private:
-  bool hasChroma() const { return planes_.count() > 1; }
-  void codeChroma(std::size_t strip);
-  void codeChromaBlock(std::size_t component, std::size_t strip, std::size_t column);
-  void codeLuma(std::size_t strip);
+  void codeChromaStrip(std::size_t strip, ChromaPlanes& planes);
+  void decodeComponent(std::size_t component, const CoefficientPlane& plane);
+  void findSaturatedRed(const CoefficientPlane& redDifference);
+  void codeLumaStrip(std::size_t strip, CoefficientPlane& plane);
   ErrorVisibility lumaErrorVisibility(std::size_t column, std::size_t row) const;
 
   OpaqueRows& rows_;
   const JPEGSettings& settings_;
-  CoefficientPlanes& planes_;
-  std::size_t side_;  ///< of a coding unit
+  std::size_t side_;     ///< of a coding unit
+  std::size_t columns_;  ///< of coding units
+  std::size_t strips_;
   VisualMask mask_;
   Quantizer lumaQuantizer_;
   Quantizer chromaQuantizer_;
-  std::array<PixelStrip, 2> pixels_;  ///< of strips of even and odd numbers
+  PixelStrip pixels_;
   ChromaStrip chromaStrip_;
   LumaStrip lumaStrip_;
-  DecodedChroma decoded_;
   LumaCompensation compensation_;
+  std::optional<DecodedChroma> decoded_;
+  std::vector<bool> isSaturatedRed_;  ///< by coding unit
 };
 
 }  // namespace orvane

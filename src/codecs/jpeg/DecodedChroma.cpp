@@ -4,15 +4,16 @@
 
 namespace orvane {
 
-DecodedChroma::DecodedChroma(std::size_t width, std::size_t height, std::size_t paddedWidth)
-    : width_(width), height_(height), paddedWidth_(paddedWidth) {
-  for (auto& plane : planes_) plane.resize(paddedWidth * rowsKept);
+DecodedChroma::DecodedChroma(std::size_t width, std::size_t height)
+    : width_(width), height_(height), paddedWidth_((width + 7) / 8 * 8) {}
+
+void DecodedChroma::allocate(std::size_t component) {
+  planes_[component].resize(paddedWidth_ * ((height_ + 7) / 8 * 8));
 }
 
-void DecodedChroma::store(std::size_t component, std::size_t strip, std::size_t column,
+void DecodedChroma::store(std::size_t component, std::size_t row, std::size_t column,
                           const Block& samples) {
-  std::uint8_t* const corner =
-      planes_[component].data() + strip * 8 % rowsKept * paddedWidth_ + column * 8;
+  std::uint8_t* const corner = planes_[component].data() + row * 8 * paddedWidth_ + column * 8;
   for (std::size_t i = 0; i < samples.size(); ++i) {
     const float sample = std::clamp(samples[i] + 128.5F, 0.0F, 255.0F);
     corner[i / 8 * paddedWidth_ + i % 8] = static_cast<std::uint8_t>(sample);

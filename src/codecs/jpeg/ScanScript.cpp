@@ -1,10 +1,5 @@
 #include "codecs/jpeg/ScanScript.h"
 
-#include <algorithm>
-#include <array>
-#include <cstddef>
-#include <map>
-
 namespace orvane {
 namespace {
 
@@ -37,86 +32,18 @@ void append(ScanScript& script, int component, const Bands& bands) {
 }
 
 /// The means are not split by bits: a refinement costs a whole bit for each block.
-ScanScript scriptOf(std::size_t components, const Bands& luma, const Bands& chroma) {
-  ScanScript script{{.comps_in_scan = 1, .component_index = {0}}};
-  if (components > 1) {
-    script.push_back({.comps_in_scan = 2, .component_index = {1, 2}});
-    append(script, 1, chroma);
-    append(script, 2, chroma);
-  }
-  append(script, 0, luma);
+ScanScript scriptOf(int components, const Bands& bands) {
+  ScanScript script{{.comps_in_scan = components, .component_index = {0, 1}}};
+  for (int component = 0; component < components; ++component) append(script, component, bands);
   return script;
-}
-
-// Markers of ITU-T T.81, B.1.1.3.
-constexpr std::uint8_t markerStart = 0xFF;
-constexpr std::uint8_t endOfImage = 0xD9;
-constexpr std::uint8_t startOfScan = 0xDA;
-
-/// A file of our own, taken apart.
-struct Parts {
-  ByteView head;                           ///< to the end of the means' scans
-  std::map<std::uint8_t, ByteView> bands;  ///< the other scans, by component
-};
-
-/// The end of the marker segment at `at`; for a scan, with its data.
-std::size_t endOfSegment(ByteView file, std::size_t at) {
-  const std::size_t length = std::size_t{file[at + 2]} * 256 + file[at + 3];
-  const std::size_t end = at + 2 + length;
-  if (file[at + 1] != startOfScan) return end;
-  const auto isMarker = [](std::uint8_t a, std::uint8_t b) { return a == markerStart && b != 0; };
-  const auto data = file.subspan(end);
-  return end + static_cast<std::size_t>(std::ranges::adjacent_find(data, isMarker) - data.begin());
-}
-
-Parts takeApart(ByteView file) {
-  Parts parts;
-  std::size_t scan = 0;  // where the scan and its tables begin
-  std::size_t end = 0;
-  for (std::size_t at = 2; file[at + 1] != endOfImage; at = end) {
-    end = endOfSegment(file, at);
-    if (file[at + 1] != startOfScan) continue;
-    const std::size_t components = file[at + 4];
-    const bool holdsMeans = file[at + 5 + 2 * components] == 0;
-    if (holdsMeans) {
-      parts.head = file.first(end);
-    } else {
-      // A component's scans lie side by side.
-      ByteView& bands = parts.bands[file[at + 5]];
-      const std::size_t size = bands.size() + (end - scan);
-      bands = file.subspan(end - size, size);
-    }
-    scan = end;
-  }
-  return parts;
 }
 
 }  // namespace
 
-std::vector<ScanScript> scanScripts(std::size_t components) {
-  return {scriptOf(components, bitByBit, lowFirst), scriptOf(components, lowFirst, allAtOnce),
-          scriptOf(components, lowAndMiddleFirst, allAtOnce)};
+std::vector<ScanScript> lumaScripts() {
+  return {scriptOf(1, bitByBit), scriptOf(1, lowFirst), scriptOf(1, lowAndMiddleFirst)};
 }
 
-Bytes joinSmallestScans(std::span<const Bytes> files) {
-  Parts smallest = takeApart(files.front());
-  for (const Bytes& file : files.subspan(1)) {
-    for (const auto& [component, bands] : takeApart(file).bands) {
-      ByteView& best = smallest.bands[component];
-      if (bands.size() < best.size()) best = bands;
-    }
-  }
-  constexpr std::array end{markerStart, endOfImage};
-  std::size_t size = smallest.head.size() + end.size();
-  for (const auto& [component, bands] : smallest.bands) size += bands.size();
-  Bytes joined;
-  joined.reserve(size);
-  joined.assign(smallest.head.begin(), smallest.head.end());
-  for (const auto& [component, bands] : smallest.bands) {
-    joined.insert(joined.end(), bands.begin(), bands.end());
-  }
-  joined.insert(joined.end(), end.begin(), end.end());
-  return joined;
-}
+std::vector<ScanScript> chromaScripts() { return {scriptOf(2, lowFirst), scriptOf(2, allAtOnce)}; }
 
 }  // namespace orvane

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <span>
 #include <vector>
 
 #include "codecs/jpeg/JPEGLibrary.h"
-#include "platform/foundation/Bytes.h"
 
 namespace orvane {
 
@@ -13,13 +11,9 @@ namespace orvane {
 /// smallest, and so do components of one picture.
 using ScanScript = std::vector<jpeg_scan_info>;
 
-/// The scripts to try for one component or three. However their components are joined, a file has
-/// at most ten scans: some readers take no more.
-std::vector<ScanScript> scanScripts(std::size_t components);
-
-/// Of files that hold the same picture in different scripts: one file with the smallest scans of
-/// each component. libjpeg has written the files, without restart markers. The means' scans must
-/// come first, and be the same, in all of them.
-Bytes joinSmallestScans(std::span<const Bytes> files);
+/// The scripts to try for luma, in a file of its own, and for Cb and Cr in one. However these are
+/// joined, a file has at most ten scans: some readers take no more.
+std::vector<ScanScript> lumaScripts();
+std::vector<ScanScript> chromaScripts();
 
 }  // namespace orvane

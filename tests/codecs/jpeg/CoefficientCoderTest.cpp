@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
+#include <vector>
 
 #include "support/Luminance.h"
 #include "support/TestImages.h"
@@ -15,10 +17,24 @@ namespace {
 using Chroma = JPEGSettings::Chroma;
 using test::Pixel;
 
-/// Codes into planes that the caller made.
-void code(const Image& image, const JPEGSettings& settings, CoefficientPlanes& planes) {
+/// Luma, and Cb and Cr where there are three.
+using Planes = std::vector<CoefficientPlane>;
+
+Planes codeGray(const Image& image, const JPEGSettings& settings) {
   OpaqueRows rows(image);
-  CoefficientCoder(rows, settings, planes).code();
+  Planes planes;
+  planes.push_back(CoefficientCoder(rows, settings).codeLuma());
+  return planes;
+}
+
+Planes codeColor(const Image& image, const JPEGSettings& settings) {
+  OpaqueRows rows(image);
+  CoefficientCoder coder(rows, settings);
+  coder.decodeChroma(coder.codeChroma());
+  Planes planes;
+  planes.push_back(coder.codeLuma());
+  for (CoefficientPlane& chroma : coder.codeChroma()) planes.push_back(std::move(chroma));
+  return planes;
 }
 
 JPEGSettings finest(Chroma chroma) {
@@ -29,9 +45,9 @@ JPEGSettings finest(Chroma chroma) {
 }
 
 /// The samples of a block, less 128, that steps of 1 restore.
-Block restoredBlock(const CoefficientPlanes& planes, std::size_t component, std::size_t row,
+Block restoredBlock(const Planes& planes, std::size_t component, std::size_t row,
                     std::size_t column) {
-  const std::int16_t* const levels = planes.block(component, row, column);
+  const std::int16_t* const levels = planes[component].block(row, column);
   Block block;
   for (std::size_t i = 0; i < 64; ++i) block[i] = levels[i];
   transformBack(block);
@@ -40,10 +56,10 @@ Block restoredBlock(const CoefficientPlanes& planes, std::size_t component, std:
 
 /// Every pixel of a component of a picture, restored from steps of 1.
 template <typename Meant>
-void expectSamples(CoefficientPlanes& planes, std::size_t component, std::size_t width,
+void expectSamples(const Planes& planes, std::size_t component, std::size_t width,
                    std::size_t height, const Meant& meant) {
-  for (std::size_t row = 0; row < planes.rows(component); ++row) {
-    for (std::size_t column = 0; column < planes.columns(component); ++column) {
+  for (std::size_t row = 0; row < planes[component].rows(); ++row) {
+    for (std::size_t column = 0; column < planes[component].columns(); ++column) {
       const Block block = restoredBlock(planes, component, row, column);
       for (std::size_t i = 0; i < 64; ++i) {
         const std::size_t x = column * 8 + i % 8;
@@ -61,8 +77,7 @@ TEST(CoefficientCoder, codesEveryBlockOfEveryComponent) {
     return static_cast<double>(test::pixelAt(image, x, y)[c]);
   };
   for (const Chroma chroma : {Chroma::full, Chroma::halved}) {
-    CoefficientPlanes planes(45, 37, 3, chroma);
-    code(image, finest(chroma), planes);
+    const Planes planes = codeColor(image, finest(chroma));
     expectSamples(planes, 0, 45, 37, [&](std::size_t x, std::size_t y) {
       return 0.299 * channel(x, y, 0) + 0.587 * channel(x, y, 1) + 0.114 * channel(x, y, 2);
     });
@@ -81,8 +96,7 @@ TEST(CoefficientCoder, codesGrayPicturesAsLuma) {
                                         const auto level = static_cast<std::uint16_t>(shade(x, y));
                                         return Pixel{level, level, level, 255};
                                       });
-  CoefficientPlanes planes(30, 20, 1, Chroma::full);
-  code(image, finest(Chroma::full), planes);
+  const Planes planes = codeGray(image, finest(Chroma::full));
   expectSamples(planes, 0, 30, 20,
                 [&](std::size_t x, std::size_t y) { return static_cast<double>(shade(x, y)); });
 }
@@ -92,8 +106,7 @@ TEST(CoefficientCoder, keepsTheLuminanceThatHalvedChromaShifts) {
   const auto colorAt = [&](std::size_t x, std::size_t y) { return colors.at((x + y) % 2); };
   const Image checker =
       test::drawImage(16, 16, ChannelLayout::rgba, AlphaKind::none, 8, ColorSpace::sRGB(), colorAt);
-  CoefficientPlanes planes(16, 16, 3, Chroma::halved);
-  code(checker, finest(Chroma::halved), planes);
+  const Planes planes = codeColor(checker, finest(Chroma::halved));
   const Block luma = restoredBlock(planes, 0, 0, 0);
   const float cb = restoredBlock(planes, 1, 0, 0)[0];
   const float cr = restoredBlock(planes, 2, 0, 0)[0];
@@ -110,12 +123,12 @@ TEST(CoefficientCoder, keepsTheLuminanceThatHalvedChromaShifts) {
 }
 
 /// How many levels beside the means are not 0, in `count` columns of a component's blocks.
-std::size_t countLevels(const CoefficientPlanes& planes, std::size_t component, std::size_t first,
+std::size_t countLevels(const Planes& planes, std::size_t component, std::size_t first,
                         std::size_t count) {
   std::size_t sum = 0;
-  for (std::size_t row = 0; row < planes.rows(component); ++row) {
+  for (std::size_t row = 0; row < planes[component].rows(); ++row) {
     for (std::size_t column = first; column < first + count; ++column) {
-      const std::int16_t* const levels = planes.block(component, row, column);
+      const std::int16_t* const levels = planes[component].block(row, column);
       sum += 63 - static_cast<std::size_t>(std::count(levels + 1, levels + 64, 0));
     }
   }
@@ -146,8 +159,7 @@ TEST(CoefficientCoder, keepsMoreDetailOfSaturatedRed) {
     const Pixel color = isRight ? Pixel{180, 50, 50, 255} : Pixel{50, 50, 180, 255};
     return shifted(color, grain, grain, grain);
   });
-  CoefficientPlanes planes(128, 64, 3, Chroma::halved);
-  code(image, JPEGSettings::forPicture(0.75, 0), planes);
+  const Planes planes = codeColor(image, JPEGSettings::forPicture(0.75, 0));
   // The columns beside the middle show the other half's colour too.
   EXPECT_GT(countLevels(planes, 0, 9, 7), countLevels(planes, 0, 0, 7) * 5 / 4);
 }
@@ -158,10 +170,9 @@ TEST(CoefficientCoder, dropsLumaThatDetailHides) {
     const int shift = isGrain ? grainAt(x % 8, y % 8) : isChecked(x, y) ? -50 : 50;
     return shifted({100, 100, 100, 255}, shift, shift, shift);
   });
-  CoefficientPlanes planes(128, 64, 1, Chroma::full);
-  code(image, JPEGSettings::forPicture(0.75, 1), planes);
+  const Planes planes = codeGray(image, JPEGSettings::forPicture(0.75, 1));
   const auto count = [&](std::size_t column) {
-    return 64 - std::count(planes.block(0, 4, column), planes.block(0, 4, column) + 64, 0);
+    return 64 - std::count(planes[0].block(4, column), planes[0].block(4, column) + 64, 0);
   };
   EXPECT_LT(count(12), count(2));
 }
@@ -174,9 +185,9 @@ TEST(CoefficientCoder, dropsChromaThatDetailHides) {
                  static_cast<std::uint16_t>(luma - grain), 255};
   });
   for (const Chroma chroma : {Chroma::full, Chroma::halved}) {
-    CoefficientPlanes planes(128, 64, 3, chroma);
-    code(image, JPEGSettings::forPicture(0.75, chroma == Chroma::full ? 1 : 0), planes);
-    const std::size_t half = planes.columns(1) / 2;
+    const Planes planes =
+        codeColor(image, JPEGSettings::forPicture(0.75, chroma == Chroma::full ? 1 : 0));
+    const std::size_t half = planes[1].columns() / 2;
     for (const std::size_t component : {1u, 2u}) {
       EXPECT_LT(countLevels(planes, component, half, half),
                 countLevels(planes, component, 0, half));

@@ -14,6 +14,12 @@ Block filled(float sample) {
   return block;
 }
 
+DecodedChroma roomy(std::size_t width, std::size_t height) {
+  DecodedChroma chroma(width, height);
+  for (const std::size_t component : {0u, 1u}) chroma.allocate(component);
+  return chroma;
+}
+
 std::vector<int> doubled(const DecodedChroma& chroma, std::size_t width, std::size_t y) {
   std::vector<std::uint8_t> row(width);
   chroma.doubleRow(0, y, row.data());
@@ -21,7 +27,7 @@ std::vector<int> doubled(const DecodedChroma& chroma, std::size_t width, std::si
 }
 
 TEST(DecodedChroma, roundsAndClipsAsDecodersDo) {
-  DecodedChroma chroma(8, 8, 8);
+  DecodedChroma chroma = roomy(8, 8);
   Block block = filled(0);
   block[0] = -300, block[1] = 300, block[2] = 1.6F, block[3] = -1.6F;
   chroma.store(0, 0, 0, block);
@@ -30,7 +36,7 @@ TEST(DecodedChroma, roundsAndClipsAsDecodersDo) {
 }
 
 TEST(DecodedChroma, doublesWithWeightsOfThreeToOne) {
-  DecodedChroma chroma(3, 8, 8);
+  DecodedChroma chroma = roomy(3, 8);
   Block block;
   for (std::size_t i = 0; i < 64; ++i) block[i] = static_cast<float>(i % 8 * 16);
   chroma.store(0, 0, 0, block);
@@ -38,7 +44,7 @@ TEST(DecodedChroma, doublesWithWeightsOfThreeToOne) {
 }
 
 TEST(DecodedChroma, looksIntoTheStripsAboveAndBelow) {
-  DecodedChroma chroma(8, 20, 8);
+  DecodedChroma chroma = roomy(8, 20);
   for (const std::size_t strip : {0u, 1u, 2u}) {
     chroma.store(0, strip, 0, filled(static_cast<float>(strip) * 64 - 64));
   }
@@ -48,13 +54,15 @@ TEST(DecodedChroma, looksIntoTheStripsAboveAndBelow) {
   EXPECT_EQ(doubled(chroma, 16, 39).front(), 192);
 }
 
-TEST(DecodedChroma, keepsTheLastThreeStrips) {
-  DecodedChroma chroma(8, 32, 8);
+TEST(DecodedChroma, keepsEveryStripOfBothComponents) {
+  DecodedChroma chroma = roomy(8, 32);
   for (const std::size_t strip : {0u, 1u, 2u, 3u}) {
+    chroma.store(0, strip, 0, filled(static_cast<float>(strip) - 64));
     chroma.store(1, strip, 0, filled(static_cast<float>(strip)));
   }
-  EXPECT_EQ(chroma.rows(8)[1][0], 129);
-  EXPECT_EQ(chroma.rows(31)[1][0], 131);
+  EXPECT_EQ(chroma.rows(0)[1][0], 128);
+  EXPECT_EQ(chroma.rows(8)[0][0], 65);
+  EXPECT_EQ(chroma.rows(31)[1][7], 131);
 }
 
 }  // namespace

@@ -24,7 +24,8 @@ struct Scene {
     OpaqueRows rows(image);
     pixels.read(rows, 0);
     const std::size_t width = 24 * 8 / pixels.height();
-    DecodedChroma decoded(width, 8, pixels.width() * 8 / pixels.height());
+    DecodedChroma decoded(width, 8);
+    for (const std::size_t component : {0u, 1u}) decoded.allocate(component);
     Block block;
     for (std::size_t column = 0; column * 8 < width; ++column) {
       block.fill(cb);
