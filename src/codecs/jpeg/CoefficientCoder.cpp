@@ -90,6 +90,7 @@ void CoefficientCoder::findSaturatedRed(const CoefficientPlane& redDifference) {
 CoefficientPlane CoefficientCoder::codeLuma() {
   CoefficientPlane plane(rows_.width(), rows_.height());
   for (std::size_t strip = 0; strip < strips_; ++strip) codeLumaStrip(strip, plane);
+  decoded_.reset();
   return plane;
 }
 

@@ -33,7 +33,8 @@ class CoefficientCoder {
   /// as soon as it is done.
   void decodeChroma(ChromaPlanes planes);
 
-  /// After decodeChroma, or without for a grey picture, which takes Chroma::full.
+  /// After decodeChroma, whose samples it frees, or without for a grey picture, which takes
+  /// Chroma::full.
   CoefficientPlane codeLuma();
 
  private:

@@ -26,10 +26,7 @@ class Output : public jpeg_destination_mgr {
     };
   }
 
-  Bytes takeBytes() {
-    bytes_.shrink_to_fit();
-    return std::move(bytes_);
-  }
+  Bytes takeBytes() { return std::move(bytes_); }
 
  private:
   static Output& of(j_compress_ptr info) { return *static_cast<Output*>(info->dest); }
@@ -43,7 +40,7 @@ class Output : public jpeg_destination_mgr {
   /// libjpeg calls this, and no exception may pass through its C code.
   bool grow() noexcept try {
     const std::size_t used = bytes_.size();
-    bytes_.resize(used * 2);
+    bytes_.resize(used + used / 2);
     offer(used);
     return true;
   } catch (const std::bad_alloc&) {

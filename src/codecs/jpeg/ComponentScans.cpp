@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <utility>
 
 namespace orvane {
 namespace {
@@ -27,12 +26,46 @@ std::size_t endOfSegment(ByteView file, std::size_t at) {
 
 void append(Bytes& bytes, ByteView more) { bytes.insert(bytes.end(), more.begin(), more.end()); }
 
-/// Where the scan belongs whose header is at `header`.
-Bytes& placeOf(ByteView header, ComponentScans& scans) {
+/// Where the parts of a file lie.
+struct Parts {
+  ByteView head;
+  ByteView frameHeader;
+  ByteView means;
+  std::map<std::uint8_t, ByteView> bands;
+};
+
+/// Adds a scan, which begins with its tables and whose header is at `header`.
+void addScan(ByteView scan, const std::uint8_t* header, Parts& parts) {
   const std::size_t components = header[4];
   const bool holdsMeans = header[5 + 2 * components] == 0;
-  return holdsMeans ? scans.means : scans.bands[header[5]];
+  if (holdsMeans) {
+    parts.means = scan;
+  } else {
+    // A component's scans lie side by side.
+    ByteView& bands = parts.bands[header[5]];
+    bands = ByteView(scan.data() - bands.size(), bands.size() + scan.size());
+  }
 }
+
+Parts takeApart(ByteView file) {
+  Parts parts;
+  std::size_t begin = 2;  // of the part that ends with the next frame or scan
+  std::size_t end = 0;
+  for (std::size_t at = begin; file[at + 1] != endOfImage; at = end) {
+    end = endOfSegment(file, at);
+    if (file[at + 1] == startOfProgressiveFrame) {
+      parts.head = file.subspan(begin, at - begin);
+      parts.frameHeader = file.subspan(at, end - at);
+      begin = end;
+    } else if (file[at + 1] == startOfScan) {
+      addScan(file.subspan(begin, end - begin), file.data() + at, parts);
+      begin = end;
+    }
+  }
+  return parts;
+}
+
+Bytes copy(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
 
 /// The frame header of all groups' components: the first group's, with the others' parameters.
 Bytes joinFrameHeaders(std::span<const ComponentScans> groups) {
@@ -51,7 +84,7 @@ Bytes joinFrameHeaders(std::span<const ComponentScans> groups) {
 std::size_t sizeOf(std::span<const ComponentScans> groups) {
   std::size_t size = 4;  // the first and the last marker
   for (const ComponentScans& group : groups) {
-    size += group.tables.size() + group.frameHeader.size() + group.means.size();
+    size += group.head.size() + group.frameHeader.size() + group.means.size();
     for (const auto& [component, bands] : group.bands) size += bands.size();
   }
   return size;
@@ -59,35 +92,25 @@ std::size_t sizeOf(std::span<const ComponentScans> groups) {
 
 }  // namespace
 
-ComponentScans ComponentScans::of(ByteView file) {
-  ComponentScans scans;
-  std::size_t begin = 2;  // of the part that ends with the next frame or scan
-  std::size_t end = 0;
-  for (std::size_t at = begin; file[at + 1] != endOfImage; at = end) {
-    end = endOfSegment(file, at);
-    if (file[at + 1] == startOfProgressiveFrame) {
-      append(scans.tables, file.subspan(begin, at - begin));
-      append(scans.frameHeader, file.subspan(at, end - at));
-      begin = end;
-    } else if (file[at + 1] == startOfScan) {
-      append(placeOf(file.subspan(at), scans), file.subspan(begin, end - begin));
-      begin = end;
-    }
-  }
-  return scans;
+ComponentScans::ComponentScans(ByteView file) {
+  const Parts parts = takeApart(file);
+  head = copy(parts.head);
+  frameHeader = copy(parts.frameHeader);
+  means = copy(parts.means);
+  for (const auto& [component, scans] : parts.bands) bands[component] = copy(scans);
 }
 
-void ComponentScans::improveWith(ComponentScans other) {
-  for (auto& [component, scans] : other.bands) {
+void ComponentScans::improveWith(ByteView file) {
+  for (const auto& [component, scans] : takeApart(file).bands) {
     Bytes& best = bands[component];
-    if (scans.size() < best.size()) best = std::move(scans);
+    if (scans.size() < best.size()) best = copy(scans);
   }
 }
 
 Bytes join(std::span<const ComponentScans> groups) {
   Bytes file{markerStart, startOfImage};
   file.reserve(sizeOf(groups));
-  for (const ComponentScans& group : groups) append(file, group.tables);
+  for (const ComponentScans& group : groups) append(file, group.head);
   append(file, joinFrameHeaders(groups));
   for (const ComponentScans& group : groups) append(file, group.means);
   for (const ComponentScans& group : groups) {

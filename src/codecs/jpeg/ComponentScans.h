@@ -11,16 +11,16 @@ namespace orvane {
 /// What a file needs of some of a picture's components, which share their tables and the scan of
 /// their means.
 struct ComponentScans {
-  Bytes tables;                         ///< and other segments that precede the frame header
-  Bytes frameHeader;                    ///< ITU-T T.81, B.2.2
-  Bytes means;                          ///< their scan, with its tables
+  Bytes head;         ///< what precedes the frame header, without its first marker
+  Bytes frameHeader;  ///< ITU-T T.81, B.2.2
+  Bytes means;        ///< their scan, with its tables
   std::map<std::uint8_t, Bytes> bands;  ///< the other scans, by component
 
   /// Of a progressive file of these components that libjpeg has written, without restart markers.
-  static ComponentScans of(ByteView file);
+  explicit ComponentScans(ByteView file);
 
   /// Takes those components' scans that are smaller in another file of the same levels.
-  void improveWith(ComponentScans other);
+  void improveWith(ByteView file);
 };
 
 /// One file of a picture whose components are in several groups, luma's first.

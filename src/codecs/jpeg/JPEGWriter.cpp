@@ -16,9 +16,9 @@ namespace {
 
 /// Of all the scripts, each component's smallest scans.
 ComponentScans smallestScans(const ComponentFile& file, std::span<const ScanScript> scripts) {
-  auto smallest = ComponentScans::of(file.write(scripts.front()));
+  ComponentScans smallest(file.write(scripts.front()));
   for (const ScanScript& script : scripts.subspan(1)) {
-    smallest.improveWith(ComponentScans::of(file.write(script)));
+    smallest.improveWith(file.write(script));
   }
   return smallest;
 }
@@ -54,13 +54,13 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
   auto settings = JPEGSettings::forPicture(quality, measurements.chromaEdgeShare);
   if (gray) settings.chroma = JPEGSettings::Chroma::full;  // A unit of one component is a block.
   CoefficientCoder coder(rows, settings);
-  std::vector<ComponentScans> groups(1);
+  std::vector<ComponentScans> groups;
   if (!gray) {
     auto chroma = coder.codeChroma();
     groups.push_back(chromaScans(chroma, settings));
     coder.decodeChroma(std::move(chroma));
   }
-  groups.front() = lumaScans(coder.codeLuma(), settings, rows.colorSpace());
+  groups.insert(groups.begin(), lumaScans(coder.codeLuma(), settings, rows.colorSpace()));
   return join(groups);
 }
 

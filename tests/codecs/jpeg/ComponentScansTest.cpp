@@ -64,20 +64,20 @@ Bytes joinOne(const ComponentScans& scans) { return join({&scans, 1}); }
 
 TEST(ComponentScans, leavesAFileAlone) {
   const Bytes file = lumaFile({{luma, 7}, {luma, 3}});
-  EXPECT_EQ(joinOne(ComponentScans::of(file)), file);
+  EXPECT_EQ(joinOne(ComponentScans(file)), file);
 }
 
 TEST(ComponentScans, takesTheSmallerScansOfEachComponent) {
-  auto scans = ComponentScans::of(chromaFile({{blue, 50}, {blue, 60}, {red, 10}}));
-  scans.improveWith(ComponentScans::of(chromaFile({{blue, 80}, {red, 5}, {red, 20}})));
-  scans.improveWith(ComponentScans::of(chromaFile({{blue, 100}, {red, 8}})));
+  ComponentScans scans(chromaFile({{blue, 50}, {blue, 60}, {red, 10}}));
+  scans.improveWith(chromaFile({{blue, 80}, {red, 5}, {red, 20}}));
+  scans.improveWith(chromaFile({{blue, 100}, {red, 8}}));
   EXPECT_EQ(joinOne(scans), chromaFile({{blue, 80}, {red, 8}}));
 }
 
 TEST(ComponentScans, takesTheFirstOfEqualScans) {
   const Bytes file = lumaFile({{luma, 7}, {luma, 3}});
-  auto scans = ComponentScans::of(file);
-  scans.improveWith(ComponentScans::of(lumaFile({{luma, 3}, {luma, 7}})));
+  ComponentScans scans(file);
+  scans.improveWith(lumaFile({{luma, 3}, {luma, 7}}));
   EXPECT_EQ(joinOne(scans), file);
 }
 
@@ -89,8 +89,8 @@ TEST(ComponentScans, joinsLumaAndChroma) {
   appendScan(joined, blue, 0, 9);
   appendScans(joined, {{luma, 4}, {luma, 2}, {blue, 6}, {red, 8}});
   joined.insert(joined.end(), {0xFF, 0xD9});
-  const std::array groups{ComponentScans::of(lumaFile({{luma, 4}, {luma, 2}})),
-                          ComponentScans::of(chromaFile({{blue, 6}, {red, 8}}))};
+  const std::array groups{ComponentScans(lumaFile({{luma, 4}, {luma, 2}})),
+                          ComponentScans(chromaFile({{blue, 6}, {red, 8}}))};
   EXPECT_EQ(join(groups), joined);
 }
 
