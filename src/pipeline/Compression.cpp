@@ -13,15 +13,9 @@ namespace {
 /// From this perceptual quality on, a file is repacked without loss where the output format can.
 constexpr double repackingQuality = 90;
 
-std::optional<Bytes> repacked(ByteView file, std::string_view sourceType,
-                              const OutputFormat& output, double quality,
-                              EncodingPlan::Effort effort) {
-  const auto& repacking = output.repacking;
-  if (!repacking || repacking->source.typeIdentifier() != sourceType ||
-      !(quality >= repackingQuality)) {
-    return std::nullopt;
-  }
-  return repacking->repack(file, effort);
+bool repacks(const ImageSource& source, const OutputFormat& output, double quality) {
+  return output.repacking && output.repacking->source.typeIdentifier() == source.typeIdentifier() &&
+         quality >= repackingQuality;
 }
 
 /// Frees the pixels of the form that is not encoded.
@@ -42,10 +36,12 @@ Compression::Compression(ByteView file, ImageFormat format, double quality)
     : file_(file),
       output_(OutputFormat::of(format)),
       quality_(quality),
-      source_(ImageDecoder::open(file)) {}
+      source_(ImageDecoder::open(file)),
+      repacks_(repacks(*source_, output_, quality)) {}
 
 void Compression::decode() {
   Image image = ImageDecoder::decode(*source_).image;
+  source_.reset();
   RGBABuffer buffer(image);
   const ImageCharacteristics characteristics = ImageAnalyzer::analyze(buffer);
   plan_ = EncodingStrategy::plan(characteristics, output_.format, quality_);
@@ -53,8 +49,8 @@ void Compression::decode() {
 }
 
 Bytes Compression::encode() {
-  if (auto file = repacked(file_, source_->typeIdentifier(), output_, quality_, plan_->effort)) {
-    return *std::move(file);
+  if (repacks_) {
+    if (auto file = output_.repacking->repack(file_, plan_->effort)) return *std::move(file);
   }
   releaseOther(*picture_, output_.input);
   return EncodingAttempts::encodeSmallest(*plan_, [this](const EncodingPlan& plan, PNGForm form) {
@@ -63,12 +59,13 @@ Bytes Compression::encode() {
 }
 
 CompressedFile compressOpenFile(const SourceFile& source, ImageFormat format, double quality) {
-  const Bytes file = source.readWhole();
+  Bytes file = source.readWhole();
+  const auto size = static_cast<std::int64_t>(file.size());
   Compression compression(file, format, quality);
   compression.decode();
+  if (!compression.encodesFromFile()) file = Bytes();
   const auto output = std::make_shared<const Bytes>(compression.encode());
-  return {
-      .sourceSize = static_cast<std::int64_t>(file.size()), .storage = output, .output = *output};
+  return {.sourceSize = size, .storage = output, .output = *output};
 }
 
 CompressedFile compressHere(const std::string& path, ImageFormat format, double quality) {

@@ -17,15 +17,19 @@ namespace orvane {
 /// One thread at a time.
 class Compression {
  public:
-  /// Reads the header of `file`, which must outlive this object. `quality` is perceptual, 0…100.
-  /// Throws ImageProcessingError::decodingFailed.
+  /// Reads the header of `file`, which must stay until it is decoded. `quality` is perceptual,
+  /// 0…100. Throws ImageProcessingError::decodingFailed.
   Compression(ByteView file, ImageFormat format, double quality);
 
+  /// Until `decode`.
   const ImageSource& source() const { return *source_; }
 
   /// Decodes, analyses and plans. Throws ImageProcessingError: decodingFailed or
   /// contextCreationFailed.
   void decode();
+
+  /// Whether the file must stay until it is encoded.
+  bool encodesFromFile() const { return repacks_; }
 
   /// After `decode`, once. Throws ImageProcessingError::encodingFailed.
   Bytes encode();
@@ -35,6 +39,7 @@ class Compression {
   const OutputFormat& output_;
   double quality_;
   std::unique_ptr<ImageSource> source_;
+  bool repacks_;
   std::optional<Picture> picture_;
   std::optional<EncodingPlan> plan_;
 };
