@@ -20,15 +20,15 @@ def value_at(curve, score):
     return None
 
 
-def ratio_at_equal_score(curve, other):
-    """Mean, over the targets that both reach, of one curve's value divided by the other's."""
-    pairs = [(value_at(curve, target), value_at(other, target)) for target in TARGETS]
+def ratio_at_equal_score(curve, other, targets):
+    """Mean, over the scores that both reach, of one curve's value divided by the other's."""
+    pairs = [(value_at(curve, target), value_at(other, target)) for target in targets]
     ratios = [ours / theirs for ours, theirs in pairs if ours and theirs]
     return sum(ratios) / len(ratios) if ratios else math.nan
 
 
-def draw(path, title, curves):
-    """An SVG of all curves, bits per pixel on a logarithmic axis."""
+def draw(path, title, measure, curves):
+    """An SVG of all curves of a measure over bits per pixel on a logarithmic axis."""
     points = [point for curve in curves.values() for point in curve]
     left, right = (math.log(limit(bits for bits, _ in points)) for limit in (min, max))
     bottom, top = min(score for _, score in points), max(score for _, score in points)
@@ -41,8 +41,8 @@ def draw(path, title, curves):
     parts = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {WIDTH} {HEIGHT}"'
              ' font-family="sans-serif" font-size="13">',
              f'<rect width="{WIDTH}" height="{HEIGHT}" fill="#fff"/>',
-             f'<text x="{MARGIN}" y="24" font-size="16">{escape(title)}: SSIMULACRA 2 over bits per'
-             ' pixel</text>']
+             f'<text x="{MARGIN}" y="24" font-size="16">{escape(title)}: {escape(measure)} over bits'
+             ' per pixel</text>']
     for score in range(math.ceil(bottom / 10) * 10, math.floor(top) + 1, 10):
         x, y = place(math.exp(left), score).split(",")
         parts.append(f'<line x1="{x}" x2="{WIDTH - MARGIN}" y1="{y}" y2="{y}" stroke="#ddd"/>'
