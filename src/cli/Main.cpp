@@ -14,6 +14,7 @@
 #include "platform/foundation/FileError.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/LocalizedString.h"
+#include "platform/foundation/ProcessTitle.h"
 #include "platform/foundation/TemporaryNames.h"
 #include "profiles/ProfileCommand.h"
 #ifdef __linux__
@@ -38,29 +39,31 @@ ExitStatus runProfileCreation(const std::vector<std::string>& arguments) try {
 }
 
 /// Worker processes need Linux: its sealed memory above all.
-ImageCompressor::CompressSource sourceCompressor() {
+ImageCompressor::CompressSource sourceCompressor([[maybe_unused]] const ProcessTitle& title) {
 #ifdef __linux__
-  return WorkerPool::sourceCompressor();
+  return WorkerPool::sourceCompressor(title);
 #else
   return compressHere;
 #endif
 }
 
-std::vector<ImageCompressionResult> compressQuietly(const Options& options) {
+std::vector<ImageCompressionResult> compressQuietly(const Options& options,
+                                                    const ProcessTitle& title) {
   const QuietStandardError quiet;
-  const auto compress = [source = sourceCompressor()](const auto&... arguments) {
+  const auto compress = [source = sourceCompressor(title)](const auto&... arguments) {
     return ImageCompressor::compressUncommitted(arguments..., source);
   };
   return compressAll(options.inputPaths, options.outputDirectory, options.format, options.quality,
                      options.jobs, compress);
 }
 
-ExitStatus runCompression(const std::vector<std::string>& arguments) try {
+ExitStatus runCompression(const std::vector<std::string>& arguments,
+                          const ProcessTitle& title) try {
   const Options options = parseArguments(arguments);
   // Failure is ignored: each file then fails on its own when its output is written.
   Files::createFolders(options.outputDirectory.path());
   TemporaryNames::removeLeftovers(options.outputDirectory.path());
-  const auto results = compressQuietly(options);
+  const auto results = compressQuietly(options, title);
   options.jsonOutput ? printJSON(results) : printHumanReadable(results);
   return std::ranges::any_of(results, [](const auto& result) { return result.error.has_value(); })
              ? failure
@@ -83,8 +86,10 @@ int main(int argc, char** argv) try {
   std::signal(SIGXFSZ, SIG_IGN);  // only the file that exceeds RLIMIT_FSIZE fails
   orvane::Console::openClosedStreams();
   const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+  const orvane::ProcessTitle title(argc, argv);
   const bool createsProfile = !arguments.empty() && arguments.front() == "--create-profile";
-  return createsProfile ? orvane::runProfileCreation(arguments) : orvane::runCompression(arguments);
+  return createsProfile ? orvane::runProfileCreation(arguments)
+                        : orvane::runCompression(arguments, title);
 } catch (const std::exception& error) {
   orvane::printFailure(error);
   return orvane::failure;

@@ -21,7 +21,8 @@ struct Message {
 
     // From the first process to a worker.
     job,    ///< the descriptor is the source, to be read and encoded in `format` at `quality` with
-            ///< `bytes` of memory; `sourceSize` is 0 where it is not known
+            ///< `bytes` of memory; `sourceSize` is 0 where it is not known; the payload is its
+            ///< name, to be shown
     grant,  ///< go on with `bytes` of memory
 
     // From a worker, in the order of its work.

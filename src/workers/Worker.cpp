@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <fstream>
 #include <utility>
@@ -132,15 +133,18 @@ class Worker {
 
 }  // namespace
 
-void runWorker(const Channel& channel) noexcept {
+void runWorker(const Channel& channel, const ProcessTitle& title) noexcept {
   firstProcess = &channel;
   Worker worker(channel, dataBytes() + JobCost::baseMemory);
   Sandbox::enter();
   AllocationFailures::watch(reportShortMemory);
-  while (auto received = channel.receive()) {
+  std::array<std::uint8_t, Channel::maximumPayload> name;
+  while (auto received = channel.receive(name)) {
+    title.show({reinterpret_cast<const char*>(name.data()), received->payloadSize});
     worker.run(received->message,
                SourceFile(std::move(received->descriptor),
                           static_cast<std::uint64_t>(received->message.sourceSize)));
+    title.show({});
   }
 }
 

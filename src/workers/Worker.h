@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/ProcessTitle.h"
 #include "workers/Channel.h"
 
 namespace orvane {
@@ -8,7 +9,7 @@ namespace orvane {
 /// process has given up its other rights by then (see Sandbox).
 ///
 /// A job is answered by `need`, which waits for a `grant`, `decoded` and `done`, or by `failed`
-/// anywhere between; `memoryShort` may come at any time.
-void runWorker(const Channel& channel) noexcept;
+/// anywhere between; `memoryShort` may come at any time. The title is the name of the file in work.
+void runWorker(const Channel& channel, const ProcessTitle& title) noexcept;
 
 }  // namespace orvane

@@ -43,7 +43,8 @@ Channel closeOthers(Channel kept) {
 /// Starts workers and ends them, as the first process asks.
 class Factory {
  public:
-  explicit Factory(Channel toFirst) : toFirst_(std::move(toFirst)) {}
+  Factory(Channel toFirst, const ProcessTitle& title)
+      : toFirst_(std::move(toFirst)), title_(title) {}
 
   /// Until the first process is gone.
   void run() {
@@ -64,7 +65,7 @@ class Factory {
     if (process == 0) {
       first = Channel(Descriptor());
       toFirst_ = Channel(Descriptor());
-      runWorker(workers);
+      runWorker(workers, title_);
       _exit(0);
     }
     workers_.insert(process);
@@ -89,6 +90,7 @@ class Factory {
   }
 
   Channel toFirst_;
+  const ProcessTitle& title_;
   std::set<pid_t> workers_;
 };
 
@@ -99,11 +101,12 @@ void warmUp() {
 }
 
 /// An exception must not reach the caller, who would become a second first process.
-[[noreturn]] void runFactory(Channel channel) noexcept {
+[[noreturn]] void runFactory(Channel channel, const ProcessTitle& title) noexcept {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   signal(SIGCHLD, SIG_DFL);  // where the program's caller ignores it, no status would be kept
+  title.show({});
   silence();
-  Factory factory(closeOthers(std::move(channel)));
+  Factory factory(closeOthers(std::move(channel)), title);
   warmUp();
   factory.run();
   _exit(0);
@@ -111,11 +114,11 @@ void warmUp() {
 
 }  // namespace
 
-WorkerFactory::WorkerFactory() : channel_(Descriptor()) {
+WorkerFactory::WorkerFactory(const ProcessTitle& title) : channel_(Descriptor()) {
   auto ends = Channel::makePair();
   process_ = forkOrThrow();
   if (process_ == 0) {
-    runFactory(std::move(ends.second));
+    runFactory(std::move(ends.second), title);
   }
   channel_ = std::move(ends.first);
 }

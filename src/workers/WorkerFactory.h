@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 
+#include "platform/foundation/ProcessTitle.h"
 #include "workers/Channel.h"
 
 namespace orvane {
@@ -14,8 +15,8 @@ namespace orvane {
 class WorkerFactory {
  public:
   /// Throws std::system_error where there is no other process to be had. To be called while the
-  /// process has one thread.
-  WorkerFactory();
+  /// process has one thread. `title` is what the new processes show of themselves.
+  explicit WorkerFactory(const ProcessTitle& title);
 
   /// The factory and its workers end with their channels.
   ~WorkerFactory();

@@ -17,6 +17,7 @@
 #include "platform/foundation/FileError.h"
 #include "platform/foundation/Memory.h"
 #include "platform/foundation/SourceFile.h"
+#include "platform/foundation/Text.h"
 #include "workers/JobCost.h"
 #include "workers/Supervision.h"
 
@@ -58,6 +59,15 @@ bool isSealed(const Descriptor& memory, std::size_t size) {
   struct stat status {};
   return (fcntl(memory.number(), F_GET_SEALS) & neededSeals) == neededSeals &&
          fstat(memory.number(), &status) == 0 && std::cmp_equal(status.st_size, size);
+}
+
+/// The last component of a path, for a title. Shorter than a message's payload, as paths are.
+std::string shownName(const std::string& path) {
+  return Text::withoutControlCharacters(path.substr(path.rfind('/') + 1));
+}
+
+ByteView asBytes(const std::string& text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
 bool wasKilled(std::optional<int> status) {
@@ -187,8 +197,8 @@ class WorkerPool::Conversation {
   Outcome outcome_;
 };
 
-WorkerPool::WorkerPool(std::chrono::milliseconds patience)
-    : patience_(patience), budget_(memoryForFiles()) {
+WorkerPool::WorkerPool(const ProcessTitle& title, std::chrono::milliseconds patience)
+    : patience_(patience), factory_(title), budget_(memoryForFiles()) {
 #ifdef M_ARENA_MAX
   // This process's threads mostly wait. A heap of its own for each would reserve 64 MiB of address
   // space.
@@ -196,8 +206,8 @@ WorkerPool::WorkerPool(std::chrono::milliseconds patience)
 #endif
 }
 
-ImageCompressor::CompressSource WorkerPool::sourceCompressor() try {
-  return [pool = std::make_shared<WorkerPool>()](const auto&... arguments) {
+ImageCompressor::CompressSource WorkerPool::sourceCompressor(const ProcessTitle& title) try {
+  return [pool = std::make_shared<WorkerPool>(title)](const auto&... arguments) {
     return pool->compress(arguments...);
   };
 } catch (const std::system_error&) {
@@ -206,18 +216,19 @@ ImageCompressor::CompressSource WorkerPool::sourceCompressor() try {
 
 CompressedFile WorkerPool::compress(const std::string& path, ImageFormat format, double quality) {
   const SourceFile source = SourceFile::open(path);
-  Outcome outcome = attempt(source, format, quality, Company::others);
+  const std::string name = shownName(path);
+  Outcome outcome = attempt(source, name, format, quality, Company::others);
   // An outcome without enough memory would depend on the other files at work. A pipe can be read
   // only once.
   if (outcome.wasShortOfMemory && source.size() > 0) {
-    outcome = attempt(SourceFile::open(path), format, quality, Company::none);
+    outcome = attempt(SourceFile::open(path), name, format, quality, Company::none);
   }
   if (!outcome.file) std::rethrow_exception(outcome.error);
   return *std::move(outcome.file);
 }
 
-WorkerPool::Outcome WorkerPool::attempt(const SourceFile& source, ImageFormat format,
-                                        double quality, Company company) {
+WorkerPool::Outcome WorkerPool::attempt(const SourceFile& source, const std::string& name,
+                                        ImageFormat format, double quality, Company company) {
   const bool isAlone = company == Company::none;
   MemoryBudget::Share share(
       budget_, isAlone ? budget_.total() : std::min(firstShare(source, budget_), budget_.total()));
@@ -227,7 +238,7 @@ WorkerPool::Outcome WorkerPool::attempt(const SourceFile& source, ImageFormat fo
                     .sourceSize = static_cast<std::int64_t>(source.size()),
                     .quality = quality};
   std::optional<Worker> worker = take(company);
-  while (worker && !worker->channel.send(job, source.descriptor())) {
+  while (worker && !worker->channel.send(job, source.descriptor(), asBytes(name))) {
     bury(*std::move(worker));  // it died while it was idle
     worker = take(company);
   }

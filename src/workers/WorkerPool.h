@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "pipeline/ImageCompressor.h"
+#include "platform/foundation/ProcessTitle.h"
 #include "platform/foundation/SourceFile.h"
 #include "workers/MemoryBudget.h"
 #include "workers/WorkerFactory.h"
@@ -22,11 +23,13 @@ class WorkerPool {
  public:
   /// Throws std::system_error where no processes can be had. To be called while the process has one
   /// thread. A worker that does nothing for longer than `patience` is given up with its file.
-  explicit WorkerPool(std::chrono::milliseconds patience = std::chrono::minutes(1));
+  /// Each worker shows the name of its file as its title.
+  explicit WorkerPool(const ProcessTitle& title = {},
+                      std::chrono::milliseconds patience = std::chrono::minutes(1));
 
   /// Compresses with a pool of its own, or in this process where no others can be had. To be called
   /// while the process has one thread.
-  static ImageCompressor::CompressSource sourceCompressor();
+  static ImageCompressor::CompressSource sourceCompressor(const ProcessTitle& title);
 
   /// As compressHere: the same bytes, the same errors. This process does not look into the file.
   CompressedFile compress(const std::string& path, ImageFormat format, double quality);
@@ -37,8 +40,10 @@ class WorkerPool {
   struct Outcome;
   class Conversation;
 
-  /// One attempt; with `Company::none` it waits for all the memory there is.
-  Outcome attempt(const SourceFile& source, ImageFormat format, double quality, Company company);
+  /// One attempt; with `Company::none` it waits for all the memory there is. `name` is what the
+  /// worker shows.
+  Outcome attempt(const SourceFile& source, const std::string& name, ImageFormat format,
+                  double quality, Company company);
 
   /// Bytes past which allocations of a worker with this share fail: an estimate that is a little
   /// too low costs no file.

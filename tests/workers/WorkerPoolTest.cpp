@@ -145,7 +145,7 @@ TEST_F(WorkerPoolTest, triesAFileOnceMoreWhoseWorkerWasKilled) {
 }
 
 TEST(WorkerPool, givesUpAWorkerThatDoesNothing) {
-  WorkerPool pool(std::chrono::milliseconds(100));
+  WorkerPool pool({}, std::chrono::milliseconds(100));
   const test::TemporaryFolder folder;
   const std::string path = folder / "fifo.png";
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
