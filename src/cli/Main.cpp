@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/BatchRunner.h"
+#include "batch/BatchRunner.h"
 #include "cli/Console.h"
 #include "cli/Options.h"
 #include "cli/QuietStandardError.h"
@@ -14,6 +14,7 @@
 #include "platform/foundation/FileError.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/LocalizedString.h"
+#include "platform/foundation/OpenFiles.h"
 #include "platform/foundation/ProcessTitle.h"
 #include "platform/foundation/TemporaryNames.h"
 #include "profiles/ProfileCommand.h"
@@ -50,11 +51,20 @@ ImageCompressor::CompressSource sourceCompressor([[maybe_unused]] const ProcessT
 std::vector<ImageCompressionResult> compressQuietly(const Options& options,
                                                     const ProcessTitle& title) {
   const QuietStandardError quiet;
+  const std::string total = "/" + std::to_string(options.inputPaths.size());
+  std::size_t finished = 0;
+  title.show(std::to_string(finished) + total);
   const auto compress = [source = sourceCompressor(title)](const auto&... arguments) {
     return ImageCompressor::compressUncommitted(arguments..., source);
   };
-  return compressAll(options.inputPaths, options.outputDirectory, options.format, options.quality,
-                     options.jobs, compress);
+  OpenFiles::raiseLimit();
+  return compressAll(
+      options.inputPaths, options.outputDirectory,
+      {.format = options.format,
+       .quality = options.quality,
+       .jobs = options.jobs,
+       .onResult = [&](auto&&...) { title.show(std::to_string(++finished) + total); }},
+      compress);
 }
 
 ExitStatus runCompression(const std::vector<std::string>& arguments,

@@ -3,10 +3,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -179,6 +181,27 @@ TEST_F(WorkerPoolTest, startsAnotherWorkerForOneThatDiedIdle) {
   pool.compress(path, ImageFormat::jpeg, 80);
   for (const pid_t worker : workers()) kill(worker, SIGKILL);
   EXPECT_NO_THROW(pool.compress(path, ImageFormat::jpeg, 80));
+}
+
+TEST(WorkerPool, showsTheFilesOfItsWorkersButNotWhenTheyAreIdle) {
+  const std::string ownName = test::nameOf(getpid());
+  char program[] = "pool-test";
+  std::array<char*, 2> arguments{program, nullptr};
+  WorkerPool pool(ProcessTitle(1, arguments.data()));
+  const test::TemporaryFolder folder;
+  ASSERT_EQ(mkfifo((folder / "a\tb").c_str(), 0600), 0);
+  std::thread writer([&] {
+    const std::ofstream pipe(folder / "a\tb");
+    while (workers().empty() || test::nameOf(workers().front()) != "pool-test a?b") {
+      std::this_thread::yield();
+    }
+  });
+  EXPECT_THROW(pool.compress(folder / "a\tb", ImageFormat::jpeg, 80), ImageProcessingError);
+  writer.join();
+  test::writeFile(folder / "text.png", Bytes{'t', 'e', 'x', 't'});
+  EXPECT_THROW(pool.compress(folder / "text.png", ImageFormat::jpeg, 80), ImageProcessingError);
+  while (test::nameOf(workers().front()) != "pool-test") std::this_thread::yield();
+  prctl(PR_SET_NAME, ownName.c_str());
 }
 
 TEST(WorkerPool, takesItsProcessesWithIt) {

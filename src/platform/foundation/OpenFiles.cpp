@@ -7,14 +7,18 @@
 
 namespace orvane::OpenFiles {
 
-std::int64_t raiseLimit() {
-  rlimit limit{};
-  getrlimit(RLIMIT_NOFILE, &limit);
-  limit.rlim_cur = limit.rlim_max;
-  setrlimit(RLIMIT_NOFILE, &limit);
-  getrlimit(RLIMIT_NOFILE, &limit);
+std::int64_t limit() {
+  rlimit limits{};
+  getrlimit(RLIMIT_NOFILE, &limits);
   constexpr rlim_t most = std::numeric_limits<std::int32_t>::max();  // more is no limit
-  return static_cast<std::int64_t>(std::min(limit.rlim_cur, most));
+  return static_cast<std::int64_t>(std::min(limits.rlim_cur, most));
+}
+
+void raiseLimit() {
+  rlimit limits{};
+  getrlimit(RLIMIT_NOFILE, &limits);
+  limits.rlim_cur = limits.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &limits);
 }
 
 }  // namespace orvane::OpenFiles

@@ -4,8 +4,10 @@
 
 namespace orvane::OpenFiles {
 
-/// Raises the number of files that this process may have open as far as the system lets it, and
-/// gives it.
-std::int64_t raiseLimit();
+/// The number of files that this process may have open.
+std::int64_t limit();
+
+/// Raises it as far as the system lets it.
+void raiseLimit();
 
 }  // namespace orvane::OpenFiles

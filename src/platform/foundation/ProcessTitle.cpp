@@ -62,11 +62,10 @@ void ProcessTitle::show(std::string_view text) const noexcept {
     size += text.copy(title.data() + size, title.size() - size);
   }
   const std::string_view whole(title.data(), size);
-  const std::span<char> room = room_.first(std::min(room_.size(), title.size()));
-  const std::string_view shown = cut(whole, room.size() - 1);
-  std::fill(title.begin() + shown.size(), title.end(), '\0');
-  std::copy_n(title.begin(), room.size(), room.begin());
   setName(whole);
+  const std::span<char> room = room_.first(std::min(room_.size(), title.size()));
+  const std::size_t shown = cut(whole, room.size() - 1).size();
+  std::fill(std::copy_n(whole.begin(), shown, room.begin()), room.end(), '\0');
 }
 
 }  // namespace orvane

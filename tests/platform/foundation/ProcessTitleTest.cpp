@@ -106,6 +106,7 @@ TEST_F(ProcessTitleTest, leavesAloneWhatLiesApart) {
   ProcessTitle(apart.count(), apart.pointers()).show("long text");
   EXPECT_EQ(apart.shown(), std::string("tool\0a\0b", 8));
   EXPECT_EQ(other, "elsewhere");
+  EXPECT_EQ(processName(), "tool long text");
 }
 
 TEST(ProcessTitle, isNotShownWithoutArguments) {

@@ -1,4 +1,4 @@
-#include "cli/SourceKeeper.h"
+#include "batch/SourceKeeper.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -10,7 +10,7 @@
 #include <mutex>
 #include <set>
 
-#include "cli/BatchRunner.h"
+#include "batch/BatchRunner.h"
 #include "platform/foundation/Files.h"
 #include "support/TemporaryFolder.h"
 
@@ -49,14 +49,26 @@ struct SourceKeeperTest : testing::Test {
       markDone(*name);
       return ImageCompressor::Uncommitted{.result = result};
     };
-    return compressAll(names, FileURL::fromPath(folder.path().string()), ImageFormat::jpeg, 75,
-                       jobs, compress);
+    told_.clear();
+    const auto tell = [&](std::size_t index, const ImageCompressionResult& result) {
+      told_.push_back(index);
+      EXPECT_TRUE(result.error || fs::is_regular_file(*result.destination)) << index;
+      if (index == lastIndex) stop_.request_stop();
+    };
+    return compressAll(names, FileURL::fromPath(folder.path().string()),
+                       {.jobs = jobs, .onResult = tell, .stop = stop_.get_token()}, compress);
   }
 
   /// Called in place of the end of `compressed`, before its file counts as done.
   std::function<void(const std::string& path)> afterReading = [](const std::string&) {};
 
+  /// A batch is stopped when this file is done.
+  std::optional<std::size_t> lastIndex;
+
   std::multiset<std::string> writtenNames() const { return writtenNames_; }
+
+  /// The files in the order in which they were told.
+  std::vector<std::size_t> told() const { return told_; }
 
  private:
   ImageCompressionResult compressed(const std::string& path, const std::string& destination) {
@@ -89,6 +101,8 @@ struct SourceKeeperTest : testing::Test {
   std::condition_variable changed_;
   std::size_t done_ = 0;
   std::multiset<std::string> writtenNames_;
+  std::vector<std::size_t> told_;
+  std::stop_source stop_;
 };
 
 const std::vector<std::int64_t> jobCounts{1, 2, 8};
@@ -206,6 +220,29 @@ TEST_F(SourceKeeperTest, keepsThePermissionsOfWhatAnOutputReplaces) {
   EXPECT_EQ(text("a.jpg"), "<from x");
   EXPECT_EQ(fs::status(folder / "a.jpg").permissions(),
             fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(SourceKeeperTest, tellsAnOutputThatWaitedWhenItHasItsName) {
+  write("x/a.jpg", "from x");
+  write("a.jpg", "own");
+  write("b.jpg", "third");
+  run({"x/a.jpg", "b.jpg", "a.jpg"}, 1, "");
+  EXPECT_EQ(told(), (std::vector<std::size_t>{1, 2, 0}));
+}
+
+TEST_F(SourceKeeperTest, leavesTheSourceOfAFileThatAStopLeftOut) {
+  write("x/a.jpg", "from x");
+  write("a.jpg", "own");
+  write("b.jpg", "third");
+  lastIndex = 1;
+  const auto results = run({"x/a.jpg", "b.jpg", "a.jpg"}, 1, "");
+  EXPECT_EQ(text("a.jpg"), "own");
+  EXPECT_EQ(text("b.jpg"), "<third");
+  EXPECT_EQ(told(), (std::vector<std::size_t>{1, 0, 2}));
+  EXPECT_EQ(results[0].error, std::strerror(ECANCELED));
+  EXPECT_EQ(results[1].error, std::nullopt);
+  EXPECT_EQ(results[2].error, std::strerror(ECANCELED));
+  EXPECT_EQ(folder.names(), (Names{"a.jpg", "b.jpg", "x"}));
 }
 
 TEST_F(SourceKeeperTest, makesAFailureOfAnOutputThatCannotTakeItsName) {

@@ -1,14 +1,19 @@
-#include "cli/BatchRunner.h"
+#include "batch/BatchRunner.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
+#include <cstring>
 #include <filesystem>
 #include <mutex>
+#include <stdexcept>
+#include <thread>
 
 #include "pipeline/ImageCompressor.h"
+#include "platform/foundation/ProcessInfo.h"
 #include "support/TemporaryFolder.h"
 
 namespace orvane {
@@ -81,7 +86,7 @@ const FileURL folder = FileURL::fromPath("/out");
 
 std::vector<ImageCompressionResult> run(const Paths& paths, std::int64_t jobs,
                                         const CompressFile& compress) {
-  return compressAll(paths, folder, ImageFormat::jpeg, 75, jobs, compress);
+  return compressAll(paths, folder, {.jobs = jobs}, compress);
 }
 
 Paths pathsOf(const std::vector<ImageCompressionResult>& results) {
@@ -92,8 +97,9 @@ Paths pathsOf(const std::vector<ImageCompressionResult>& results) {
 
 TEST(BatchRunner, handsEveryFileItsPathFolderFormatQualityAndName) {
   Recorder recorder;
-  const auto results = compressAll(Paths{"/photos/IMG_01.final.PNG", "x.png"}, folder,
-                                   ImageFormat::heic, 42, 2, recorder.compressor());
+  const auto results =
+      compressAll(Paths{"/photos/IMG_01.final.PNG", "x.png"}, folder,
+                  {.format = ImageFormat::heic, .quality = 42, .jobs = 2}, recorder.compressor());
   ASSERT_EQ(results.size(), 2u);
   EXPECT_EQ(results[0], (ImageCompressionResult{.path = "/photos/IMG_01.final.PNG",
                                                 .originalSizeBytes = 42,
@@ -189,17 +195,18 @@ TEST(BatchRunner, givesManyFilesTheirNamesThoughSomeCannotHaveThem) {
   const auto isBad = [](const std::string& path) { return std::stoi(path) % 3 == 0; };
   Paths paths;
   for (int i = 0; i < 200; ++i) paths.push_back(std::to_string(i));
-  const auto results = compressAll(
-      paths, FileURL::fromPath(outputs.path().string()), ImageFormat::jpeg, 75, 3,
-      [&](const std::string& path, const FileURL& to, ImageFormat, double,
-          const std::optional<std::string>& name) {
-        const std::string destination = to.appending(*name).path();
-        auto output = std::make_unique<AtomicFile>(destination);
-        output->write(Bytes{1});
-        if (isBad(path)) std::filesystem::create_directory(destination);
-        return ImageCompressor::Uncommitted{.result = {.path = path, .destination = destination},
-                                            .output = std::move(output)};
-      });
+  const auto results = compressAll(paths, FileURL::fromPath(outputs.path().string()), {.jobs = 3},
+                                   [&](const std::string& path, const FileURL& to, ImageFormat,
+                                       double, const std::optional<std::string>& name) {
+                                     const std::string destination = to.appending(*name).path();
+                                     auto output = std::make_unique<AtomicFile>(destination);
+                                     output->write(Bytes{1});
+                                     if (isBad(path))
+                                       std::filesystem::create_directory(destination);
+                                     return ImageCompressor::Uncommitted{
+                                         .result = {.path = path, .destination = destination},
+                                         .output = std::move(output)};
+                                   });
   EXPECT_EQ(pathsOf(results), paths);
   for (const auto& result : results) {
     EXPECT_EQ(result.error.has_value(), isBad(result.path)) << result.path;
@@ -209,9 +216,68 @@ TEST(BatchRunner, givesManyFilesTheirNamesThoughSomeCannotHaveThem) {
   EXPECT_EQ(outputs.names().size(), 200u);
 }
 
+TEST(BatchRunner, tellsEachResultOnceAsItFinishesOnTheCallersThread) {
+  Recorder recorder;
+  const auto testThread = std::this_thread::get_id();
+  std::vector<std::size_t> told;
+  std::vector<ImageCompressionResult> results(3);
+  const BatchOptions options{.jobs = 3, .onResult = [&](auto index, const auto& result) {
+                               EXPECT_EQ(std::this_thread::get_id(), testThread);
+                               told.push_back(index);
+                               results[index] = result;
+                             }};
+  const auto returned = compressAll(Paths{"slow", "a", "b"}, folder, options,
+                                    recorder.compressor([&](const std::string& path) {
+                                      EXPECT_TRUE(path != "slow" || recorder.waitForFinishes(2));
+                                    }));
+  ASSERT_EQ(told.size(), 3u);
+  EXPECT_EQ(told.back(), 0u);
+  EXPECT_EQ(results, returned);
+}
+
+TEST(BatchRunner, startsNoFileAfterAStop) {
+  Recorder recorder;
+  std::stop_source stop;
+  std::vector<std::size_t> told;
+  const BatchOptions options{.jobs = 1,
+                             .onResult =
+                                 [&](std::size_t index, const auto&) {
+                                   told.push_back(index);
+                                   if (index == 1) stop.request_stop();
+                                 },
+                             .stop = stop.get_token()};
+  const auto results =
+      compressAll(Paths{"1", "2", "3", "4"}, folder, options, recorder.compressor());
+  EXPECT_EQ(recorder.started(), (Paths{"1", "2"}));
+  EXPECT_EQ(told, (std::vector<std::size_t>{0, 1, 2, 3}));
+  EXPECT_EQ(results[1].destination, "/out/2.jpg");
+  for (const std::size_t index : {2, 3}) {
+    EXPECT_EQ(results[index].path, std::to_string(index + 1));
+    EXPECT_EQ(results[index].destination, std::nullopt);
+    EXPECT_EQ(results[index].error, std::strerror(ECANCELED));
+  }
+}
+
+TEST(BatchRunner, endsWithWhatTheCallersFunctionThrows) {
+  Recorder recorder;
+  const BatchOptions options{
+      .jobs = 2, .onResult = [](std::size_t, const auto&) { throw std::domain_error("enough"); }};
+  EXPECT_THROW(compressAll(Paths(100, "a"), folder, options, recorder.compressor()),
+               std::domain_error);
+  EXPECT_LE(recorder.started().size(), 3u);
+}
+
+TEST(BatchRunner, takesAsManyJobsAsThereAreProcessorsWhenNoneAreGiven) {
+  Recorder recorder;
+  const auto processors = static_cast<std::size_t>(ProcessInfo::activeProcessorCount());
+  compressAll(Paths(processors + 3, "a"), folder, {},
+              recorder.compressor([&](const std::string&) { recorder.waitForStarts(processors); }));
+  EXPECT_EQ(recorder.mostAtOnce(), processors);
+}
+
 TEST(BatchRunner, compressesWithTheImageCompressorByDefault) {
   const auto results = compressAll(
-      Paths{"/no/such/file.png"}, folder, ImageFormat::png, 75, 1,
+      Paths{"/no/such/file.png"}, folder, {.format = ImageFormat::png},
       [](const auto&... arguments) { return ImageCompressor::compressUncommitted(arguments...); });
   EXPECT_EQ(results.at(0), ImageCompressor::compress("/no/such/file.png", folder, ImageFormat::png,
                                                      75, "file.png"));

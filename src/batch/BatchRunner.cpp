@@ -1,14 +1,17 @@
-#include "cli/BatchRunner.h"
+#include "batch/BatchRunner.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <memory>
 #include <utility>
 
-#include "cli/SourceKeeper.h"
+#include "batch/ExportFilenameAllocator.h"
+#include "batch/SourceKeeper.h"
+#include "platform/foundation/FileError.h"
 #include "platform/foundation/OpenFiles.h"
+#include "platform/foundation/ProcessInfo.h"
 #include "platform/foundation/TaskGroup.h"
-#include "profiles/ExportFilenameAllocator.h"
 
 namespace orvane {
 namespace {
@@ -31,6 +34,10 @@ std::int64_t largestGroup(std::int64_t openFiles) {
   return std::clamp<std::int64_t>((openFiles - filesOfTheRun) / 8, 1, 32);
 }
 
+std::int64_t wantedJobs(const BatchOptions& options) {
+  return options.jobs == 0 ? ProcessInfo::activeProcessorCount() : options.jobs;
+}
+
 /// As many jobs as are wanted, where so many files can be open. While one group gets its names, the
 /// next gathers.
 std::int64_t possibleJobs(std::int64_t openFiles, std::int64_t group, std::int64_t wanted) {
@@ -41,17 +48,17 @@ std::int64_t possibleJobs(std::int64_t openFiles, std::int64_t group, std::int64
 
 class Batch {
  public:
-  Batch(std::span<const std::string> paths, const FileURL& to, ImageFormat format, double quality,
-        std::int64_t jobs, const CompressFile& compress)
+  Batch(std::span<const std::string> paths, const FileURL& to, const BatchOptions& options,
+        const CompressFile& compress)
       : paths_(paths),
         to_(to),
-        format_(format),
-        quality_(quality),
-        largestGroup_(largestGroup(OpenFiles::raiseLimit())),
-        jobs_(possibleJobs(OpenFiles::raiseLimit(), largestGroup_, jobs)),
+        options_(options),
+        largestGroup_(largestGroup(OpenFiles::limit())),
+        jobs_(possibleJobs(OpenFiles::limit(), largestGroup_, wantedJobs(options))),
         compress_(compress),
-        names_(outputNames(paths, format)),
+        names_(outputNames(paths, options.format)),
         results_(paths.size()),
+        isFinal_(paths.size()),
         sources_(paths, to, names_) {}
 
   std::vector<ImageCompressionResult> run() {
@@ -61,6 +68,7 @@ class Batch {
       startCommit();
       startFiles();
     }
+    cancelTheRest();
     return std::move(results_);
   }
 
@@ -73,12 +81,13 @@ class Batch {
   };
 
   void startFiles() {
-    while (next_ < paths_.size() && std::cmp_less(atWork_, jobs_) &&
-           std::cmp_less(written_.files.size(), largestGroup_)) {
+    while (next_ < paths_.size() && !options_.stop.stop_requested() &&
+           std::cmp_less(atWork_, jobs_) && std::cmp_less(written_.files.size(), largestGroup_)) {
       group_.add([this, index = next_,
                   name = sources_.hiddenName(next_).value_or(names_[next_])]() -> Finished {
         Finished finished{.indices = {index}};
-        finished.files.push_back(compress_(paths_[index], to_, format_, quality_, name));
+        finished.files.push_back(
+            compress_(paths_[index], to_, options_.format, options_.quality, name));
         return finished;
       });
       ++next_;
@@ -116,18 +125,34 @@ class Batch {
 
   void finish(std::size_t index, ImageCompressionResult result) {
     results_[index] = std::move(result);
-    sources_.finish(index, results_);
+    for (const std::size_t final : sources_.finish(index, results_)) tell(final);
+  }
+
+  void tell(std::size_t index) {
+    isFinal_[index] = true;
+    if (options_.onResult) options_.onResult(index, results_[index]);
+  }
+
+  /// After a stop: files that were not started, and outputs that waited for them.
+  void cancelTheRest() {
+    for (std::size_t index = 0; index < paths_.size(); ++index) {
+      if (isFinal_[index]) continue;
+      results_[index] = {.path = paths_[index],
+                         .originalSizeBytes = ImageCompressor::fileSize(paths_[index]),
+                         .error = FileError(ECANCELED).localizedDescription()};
+      tell(index);
+    }
   }
 
   std::span<const std::string> paths_;
   const FileURL& to_;
-  ImageFormat format_;
-  double quality_;
+  const BatchOptions& options_;
   std::int64_t largestGroup_;
   std::int64_t jobs_;
   const CompressFile& compress_;
   std::vector<std::string> names_;
   std::vector<ImageCompressionResult> results_;
+  std::vector<bool> isFinal_;  ///< the results that have been told
   SourceKeeper sources_;
   std::size_t next_ = 0;    ///< the file to start next
   std::size_t atWork_ = 0;  ///< files that are being compressed
@@ -139,10 +164,9 @@ class Batch {
 }  // namespace
 
 std::vector<ImageCompressionResult> compressAll(std::span<const std::string> paths,
-                                                const FileURL& to, ImageFormat format,
-                                                double quality, std::int64_t jobs,
+                                                const FileURL& to, const BatchOptions& options,
                                                 const CompressFile& compress) {
-  return Batch(paths, to, format, quality, jobs, compress).run();
+  return Batch(paths, to, options, compress).run();
 }
 
 }  // namespace orvane

@@ -29,8 +29,9 @@ class SourceKeeper {
 
   /// Must be called when file `index` is done, with its result in `results`. Moves every output
   /// that need not wait any longer to its own name. If that fails, the output's result becomes a
-  /// failure.
-  void finish(std::size_t index, std::span<ImageCompressionResult> results);
+  /// failure. Returns the files whose results are final now: this one, unless its output waits, and
+  /// those whose outputs were moved.
+  std::vector<std::size_t> finish(std::size_t index, std::span<ImageCompressionResult> results);
 
  private:
   struct Output {
@@ -41,8 +42,9 @@ class SourceKeeper {
   /// The number of unfinished files that read the file which `output` replaces.
   std::size_t readersLeft(const Output& output) const;
 
-  /// Moves every waiting output that is written and has no readers left to its own name.
-  void moveOutputs(std::span<ImageCompressionResult> results);
+  /// Moves every waiting output that is written and has no readers left to its own name. Returns
+  /// their files.
+  std::vector<std::size_t> moveOutputs(std::span<ImageCompressionResult> results);
 
   std::vector<std::optional<FileIdentity>> sources_;
   std::vector<Output> outputs_;

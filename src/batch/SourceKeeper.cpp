@@ -1,4 +1,4 @@
-#include "cli/SourceKeeper.h"
+#include "batch/SourceKeeper.h"
 
 #include <unistd.h>
 
@@ -48,27 +48,29 @@ std::optional<std::string> SourceKeeper::hiddenName(std::size_t index) {
   return std::filesystem::path(file.path()).filename();
 }
 
-void SourceKeeper::finish(std::size_t index, std::span<ImageCompressionResult> results) {
+std::vector<std::size_t> SourceKeeper::finish(std::size_t index,
+                                              std::span<ImageCompressionResult> results) {
   if (sources_[index]) --readers_[*sources_[index]];
-  if (const auto own = waiting_.find(index); own != waiting_.end()) {
-    if (results[index].error) {
-      waiting_.erase(own);
-    } else {
-      results[index].destination = outputs_[index].path;
-    }
-  }
-  moveOutputs(results);
+  if (results[index].error) waiting_.erase(index);
+  const bool waits = waiting_.contains(index);
+  if (waits) results[index].destination = outputs_[index].path;
+  std::vector<std::size_t> final = moveOutputs(results);
+  if (!waits) final.insert(final.begin(), index);
+  return final;
 }
 
-void SourceKeeper::moveOutputs(std::span<ImageCompressionResult> results) {
+std::vector<std::size_t> SourceKeeper::moveOutputs(std::span<ImageCompressionResult> results) {
+  std::vector<std::size_t> moved;
   for (auto next = waiting_.begin(); next != waiting_.end();) {
     const auto output = next++;
     ImageCompressionResult& result = results[output->first];
     const bool isWritten = result.destination.has_value();
     if (!isWritten || readersLeft(outputs_[output->first]) > 0) continue;
     moveToDestination(output->second, result);
+    moved.push_back(output->first);
     waiting_.erase(output);
   }
+  return moved;
 }
 
 std::size_t SourceKeeper::readersLeft(const Output& output) const {

@@ -1,4 +1,4 @@
-#include "profiles/ExportFilenameAllocator.h"
+#include "batch/ExportFilenameAllocator.h"
 
 #include <gtest/gtest.h>
 
