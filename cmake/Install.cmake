@@ -15,7 +15,7 @@ install(FILES completions/orvane-cli.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/f
 install(TARGETS orvane ARCHIVE)
 install(FILES src/library/orvane.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvane)
 foreach(header IN ITEMS
-    picture/EncodingPlan.h picture/ImageCharacteristics.h picture/ImageCompressionResult.h picture/ImageFormat.h
+    batch/BatchOptions.h picture/EncodingPlan.h picture/ImageCharacteristics.h picture/ImageCompressionResult.h picture/ImageFormat.h
     platform/foundation/Bytes.h platform/foundation/LocalizedError.h)
   cmake_path(GET header PARENT_PATH folder)
   install(FILES src/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvane/${folder})

@@ -5,15 +5,12 @@
 #include <functional>
 #include <stop_token>
 
-#include "picture/ImageCompressionResult.h"
-#include "picture/ImageFormat.h"
-
 namespace orvane {
 
-/// The settings of a batch of files.
+struct ImageCompressionResult;
+
+/// How a batch of files runs. None of it changes the bytes of an output.
 struct BatchOptions {
-  ImageFormat format = ImageFormat::jpeg;
-  double quality = 75;    ///< perceptual, 1…100
   std::int64_t jobs = 0;  ///< files in work at once; 0 is the number of processors
 
   /// Is told each result once, with the index of its file, when it is final: the output has its

@@ -48,15 +48,17 @@ std::int64_t possibleJobs(std::int64_t openFiles, std::int64_t group, std::int64
 
 class Batch {
  public:
-  Batch(std::span<const std::string> paths, const FileURL& to, const BatchOptions& options,
-        const CompressFile& compress)
+  Batch(std::span<const std::string> paths, const FileURL& to, ImageFormat format, double quality,
+        const BatchOptions& options, const CompressFile& compress)
       : paths_(paths),
         to_(to),
+        format_(format),
+        quality_(quality),
         options_(options),
         largestGroup_(largestGroup(OpenFiles::limit())),
         jobs_(possibleJobs(OpenFiles::limit(), largestGroup_, wantedJobs(options))),
         compress_(compress),
-        names_(outputNames(paths, options.format)),
+        names_(outputNames(paths, format)),
         results_(paths.size()),
         isFinal_(paths.size()),
         sources_(paths, to, names_) {}
@@ -86,8 +88,7 @@ class Batch {
       group_.add([this, index = next_,
                   name = sources_.hiddenName(next_).value_or(names_[next_])]() -> Finished {
         Finished finished{.indices = {index}};
-        finished.files.push_back(
-            compress_(paths_[index], to_, options_.format, options_.quality, name));
+        finished.files.push_back(compress_(paths_[index], to_, format_, quality_, name));
         return finished;
       });
       ++next_;
@@ -146,6 +147,8 @@ class Batch {
 
   std::span<const std::string> paths_;
   const FileURL& to_;
+  ImageFormat format_;
+  double quality_;
   const BatchOptions& options_;
   std::int64_t largestGroup_;
   std::int64_t jobs_;
@@ -164,9 +167,10 @@ class Batch {
 }  // namespace
 
 std::vector<ImageCompressionResult> compressAll(std::span<const std::string> paths,
-                                                const FileURL& to, const BatchOptions& options,
+                                                const FileURL& to, ImageFormat format,
+                                                double quality, const BatchOptions& options,
                                                 const CompressFile& compress) {
-  return Batch(paths, to, options, compress).run();
+  return Batch(paths, to, format, quality, options, compress).run();
 }
 
 }  // namespace orvane

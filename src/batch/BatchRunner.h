@@ -27,7 +27,8 @@ using CompressFile = std::function<ImageCompressor::Uncommitted(
 /// one result per path, in input order; a file that fails says so in its result. Throws what
 /// `onResult` throws, std::bad_alloc.
 std::vector<ImageCompressionResult> compressAll(std::span<const std::string> paths,
-                                                const FileURL& to, const BatchOptions& options,
+                                                const FileURL& to, ImageFormat format,
+                                                double quality, const BatchOptions& options,
                                                 const CompressFile& compress);
 
 }  // namespace orvane

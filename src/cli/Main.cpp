@@ -57,14 +57,10 @@ std::vector<ImageCompressionResult> compressQuietly(const Options& options,
   const auto compress = [source = sourceCompressor(title)](const auto&... arguments) {
     return ImageCompressor::compressUncommitted(arguments..., source);
   };
+  const auto showProgress = [&](auto&&...) { title.show(std::to_string(++finished) + total); };
   OpenFiles::raiseLimit();
-  return compressAll(
-      options.inputPaths, options.outputDirectory,
-      {.format = options.format,
-       .quality = options.quality,
-       .jobs = options.jobs,
-       .onResult = [&](auto&&...) { title.show(std::to_string(++finished) + total); }},
-      compress);
+  return compressAll(options.inputPaths, options.outputDirectory, options.format, options.quality,
+                     {.jobs = options.jobs, .onResult = showProgress}, compress);
 }
 
 ExitStatus runCompression(const std::vector<std::string>& arguments,

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "batch/BatchRunner.h"
 #include "pipeline/Compression.h"
 #include "pipeline/EncodingStrategy.h"
 #include "pipeline/ImageAnalyzer.h"
@@ -28,6 +29,14 @@ Bytes compress(ByteView file, ImageFormat format, double quality) {
 ImageCompressionResult compressFile(const std::string& path, const std::string& folder,
                                     ImageFormat format, double quality) {
   return ImageCompressor::compress(path, FileURL::fromPath(folder), format, quality, std::nullopt);
+}
+
+std::vector<ImageCompressionResult> compressFiles(std::span<const std::string> paths,
+                                                  const std::string& folder, ImageFormat format,
+                                                  double quality, const BatchOptions& options) {
+  return compressAll(
+      paths, FileURL::fromPath(folder), format, quality, options,
+      [](const auto&... arguments) { return ImageCompressor::compressUncommitted(arguments...); });
 }
 
 }  // namespace orvane

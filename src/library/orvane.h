@@ -1,7 +1,10 @@
 #pragma once
 
+#include <span>
 #include <string>
+#include <vector>
 
+#include "batch/BatchOptions.h"
 #include "picture/EncodingPlan.h"
 #include "picture/ImageCharacteristics.h"
 #include "picture/ImageCompressionResult.h"
@@ -17,7 +20,9 @@
 ///
 /// Any number of threads may call at once. Everything happens in the calling process: unlike the
 /// command line, nothing here keeps a hostile file that takes over a codec away from the caller.
-/// Codec libraries may write remarks to standard error.
+/// Codec libraries may write remarks to standard error. The first file that is written installs
+/// handlers for SIGINT, SIGTERM and SIGHUP, each only if the disposition is the default one: they
+/// remove files that are not whole yet, and let the signal end the process.
 ///
 /// Errors are LocalizedError, whose what() is a sentence for the user, in French where the
 /// catalogue "orvane-cli" has no other; and std::bad_alloc.
@@ -44,5 +49,17 @@ Bytes compress(ByteView file, ImageFormat format, double quality);
 /// becomes the result's `error`. Two calls at once may not write to the same name.
 ImageCompressionResult compressFile(const std::string& path, const std::string& folder,
                                     ImageFormat format, double quality);
+
+/// Compresses the files at `paths` into `folder`, which must exist, on `options.jobs` threads of
+/// its own, fewer where the process may not have so many files open. Each takes the memory of a
+/// `compressFile`. The outputs are named in the order of `paths`: as `compressFile` names them, and
+/// "photo-2.jpg" when "photo.jpg" is taken within the batch. A file of that name is replaced in one
+/// step, a source of this batch only after all files that read it.
+/// Returns a result for each path, in their order; `options.onResult` is told each of them as soon
+/// as it is final. A file that fails says so in its result. Throws only what `onResult` throws, and
+/// std::bad_alloc. Two calls at once may not write to the same names.
+std::vector<ImageCompressionResult> compressFiles(std::span<const std::string> paths,
+                                                  const std::string& folder, ImageFormat format,
+                                                  double quality, const BatchOptions& options = {});
 
 }  // namespace orvane

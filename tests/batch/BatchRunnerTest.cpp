@@ -86,7 +86,7 @@ const FileURL folder = FileURL::fromPath("/out");
 
 std::vector<ImageCompressionResult> run(const Paths& paths, std::int64_t jobs,
                                         const CompressFile& compress) {
-  return compressAll(paths, folder, {.jobs = jobs}, compress);
+  return compressAll(paths, folder, ImageFormat::jpeg, 75, {.jobs = jobs}, compress);
 }
 
 Paths pathsOf(const std::vector<ImageCompressionResult>& results) {
@@ -97,9 +97,8 @@ Paths pathsOf(const std::vector<ImageCompressionResult>& results) {
 
 TEST(BatchRunner, handsEveryFileItsPathFolderFormatQualityAndName) {
   Recorder recorder;
-  const auto results =
-      compressAll(Paths{"/photos/IMG_01.final.PNG", "x.png"}, folder,
-                  {.format = ImageFormat::heic, .quality = 42, .jobs = 2}, recorder.compressor());
+  const auto results = compressAll(Paths{"/photos/IMG_01.final.PNG", "x.png"}, folder,
+                                   ImageFormat::heic, 42, {.jobs = 2}, recorder.compressor());
   ASSERT_EQ(results.size(), 2u);
   EXPECT_EQ(results[0], (ImageCompressionResult{.path = "/photos/IMG_01.final.PNG",
                                                 .originalSizeBytes = 42,
@@ -195,18 +194,17 @@ TEST(BatchRunner, givesManyFilesTheirNamesThoughSomeCannotHaveThem) {
   const auto isBad = [](const std::string& path) { return std::stoi(path) % 3 == 0; };
   Paths paths;
   for (int i = 0; i < 200; ++i) paths.push_back(std::to_string(i));
-  const auto results = compressAll(paths, FileURL::fromPath(outputs.path().string()), {.jobs = 3},
-                                   [&](const std::string& path, const FileURL& to, ImageFormat,
-                                       double, const std::optional<std::string>& name) {
-                                     const std::string destination = to.appending(*name).path();
-                                     auto output = std::make_unique<AtomicFile>(destination);
-                                     output->write(Bytes{1});
-                                     if (isBad(path))
-                                       std::filesystem::create_directory(destination);
-                                     return ImageCompressor::Uncommitted{
-                                         .result = {.path = path, .destination = destination},
-                                         .output = std::move(output)};
-                                   });
+  const auto results = compressAll(
+      paths, FileURL::fromPath(outputs.path().string()), ImageFormat::jpeg, 75, {.jobs = 3},
+      [&](const std::string& path, const FileURL& to, ImageFormat, double,
+          const std::optional<std::string>& name) {
+        const std::string destination = to.appending(*name).path();
+        auto output = std::make_unique<AtomicFile>(destination);
+        output->write(Bytes{1});
+        if (isBad(path)) std::filesystem::create_directory(destination);
+        return ImageCompressor::Uncommitted{.result = {.path = path, .destination = destination},
+                                            .output = std::move(output)};
+      });
   EXPECT_EQ(pathsOf(results), paths);
   for (const auto& result : results) {
     EXPECT_EQ(result.error.has_value(), isBad(result.path)) << result.path;
@@ -226,7 +224,7 @@ TEST(BatchRunner, tellsEachResultOnceAsItFinishesOnTheCallersThread) {
                                told.push_back(index);
                                results[index] = result;
                              }};
-  const auto returned = compressAll(Paths{"slow", "a", "b"}, folder, options,
+  const auto returned = compressAll(Paths{"slow", "a", "b"}, folder, ImageFormat::jpeg, 75, options,
                                     recorder.compressor([&](const std::string& path) {
                                       EXPECT_TRUE(path != "slow" || recorder.waitForFinishes(2));
                                     }));
@@ -246,8 +244,8 @@ TEST(BatchRunner, startsNoFileAfterAStop) {
                                    if (index == 1) stop.request_stop();
                                  },
                              .stop = stop.get_token()};
-  const auto results =
-      compressAll(Paths{"1", "2", "3", "4"}, folder, options, recorder.compressor());
+  const auto results = compressAll(Paths{"1", "2", "3", "4"}, folder, ImageFormat::jpeg, 75,
+                                   options, recorder.compressor());
   EXPECT_EQ(recorder.started(), (Paths{"1", "2"}));
   EXPECT_EQ(told, (std::vector<std::size_t>{0, 1, 2, 3}));
   EXPECT_EQ(results[1].destination, "/out/2.jpg");
@@ -262,22 +260,23 @@ TEST(BatchRunner, endsWithWhatTheCallersFunctionThrows) {
   Recorder recorder;
   const BatchOptions options{
       .jobs = 2, .onResult = [](std::size_t, const auto&) { throw std::domain_error("enough"); }};
-  EXPECT_THROW(compressAll(Paths(100, "a"), folder, options, recorder.compressor()),
-               std::domain_error);
+  EXPECT_THROW(
+      compressAll(Paths(100, "a"), folder, ImageFormat::jpeg, 75, options, recorder.compressor()),
+      std::domain_error);
   EXPECT_LE(recorder.started().size(), 3u);
 }
 
 TEST(BatchRunner, takesAsManyJobsAsThereAreProcessorsWhenNoneAreGiven) {
   Recorder recorder;
   const auto processors = static_cast<std::size_t>(ProcessInfo::activeProcessorCount());
-  compressAll(Paths(processors + 3, "a"), folder, {},
+  compressAll(Paths(processors + 3, "a"), folder, ImageFormat::jpeg, 75, {},
               recorder.compressor([&](const std::string&) { recorder.waitForStarts(processors); }));
   EXPECT_EQ(recorder.mostAtOnce(), processors);
 }
 
 TEST(BatchRunner, compressesWithTheImageCompressorByDefault) {
   const auto results = compressAll(
-      Paths{"/no/such/file.png"}, folder, {.format = ImageFormat::png},
+      Paths{"/no/such/file.png"}, folder, ImageFormat::png, 75, {},
       [](const auto&... arguments) { return ImageCompressor::compressUncommitted(arguments...); });
   EXPECT_EQ(results.at(0), ImageCompressor::compress("/no/such/file.png", folder, ImageFormat::png,
                                                      75, "file.png"));

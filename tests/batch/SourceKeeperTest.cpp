@@ -55,7 +55,7 @@ struct SourceKeeperTest : testing::Test {
       EXPECT_TRUE(result.error || fs::is_regular_file(*result.destination)) << index;
       if (index == lastIndex) stop_.request_stop();
     };
-    return compressAll(names, FileURL::fromPath(folder.path().string()),
+    return compressAll(names, FileURL::fromPath(folder.path().string()), ImageFormat::jpeg, 75,
                        {.jobs = jobs, .onResult = tell, .stop = stop_.get_token()}, compress);
   }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "codecs/ImageSource.h"
 #include "pipeline/EncodingStrategy.h"
 #include "support/TemporaryFolder.h"
@@ -39,6 +41,43 @@ TEST(Library, saysWhatAPictureIsAndHowItWouldBeEncoded) {
 TEST(Library, throwsASentenceForAFileThatIsNoPicture) {
   EXPECT_THROW(compress(noPicture, ImageFormat::webp, 75), LocalizedError);
   EXPECT_THROW(analyze(noPicture, ImageFormat::webp, 75), LocalizedError);
+}
+
+TEST(Library, compressesABatchIntoTheBytesOfEachFileAlone) {
+  const test::TemporaryFolder sources;
+  const test::TemporaryFolder outputs;
+  const Bytes first = test::pngFile(test::noisyImage(80, 60));
+  const Bytes second = test::pngFile(test::noisyImage(60, 80));
+  test::writeFile(sources / "drawing.png", first);
+  test::writeFile(sources / "drawing.two.png", second);
+  const std::vector<std::string> paths{sources / "drawing.png", sources / "missing.png",
+                                       sources / "drawing.two.png", sources / "drawing.png"};
+  std::vector<ImageCompressionResult> told(paths.size());
+  const auto results = compressFiles(
+      paths, outputs.path().string(), ImageFormat::webp, 60,
+      {.jobs = 2, .onResult = [&](auto index, const auto& result) { told[index] = result; }});
+  EXPECT_EQ(results, told);
+  EXPECT_EQ(outputs.names(),
+            (std::vector<std::string>{"drawing-2.webp", "drawing.two.webp", "drawing.webp"}));
+  EXPECT_EQ(test::readFile(outputs / "drawing.webp"), compress(first, ImageFormat::webp, 60));
+  EXPECT_EQ(test::readFile(outputs / "drawing.two.webp"), compress(second, ImageFormat::webp, 60));
+  EXPECT_EQ(results[0].originalSizeBytes, static_cast<std::int64_t>(first.size()));
+  EXPECT_EQ(results[1].path, paths[1]);
+  EXPECT_TRUE(results[1].error.has_value());
+  EXPECT_EQ(results[3].destination, outputs / "drawing-2.webp");
+}
+
+TEST(Library, startsNoFileOfABatchThatAnotherThreadHasStopped) {
+  const test::TemporaryFolder folder;
+  test::writeFile(folder / "drawing.png", test::pngFile(test::noisyImage(80, 60)));
+  std::stop_source stop;
+  std::jthread([&] { stop.request_stop(); }).join();
+  const auto results =
+      compressFiles(std::vector<std::string>(5, folder / "drawing.png"), folder.path().string(),
+                    ImageFormat::webp, 75, {.stop = stop.get_token()});
+  EXPECT_EQ(results.size(), 5u);
+  for (const auto& result : results) EXPECT_TRUE(result.error.has_value());
+  EXPECT_EQ(folder.names(), std::vector<std::string>{"drawing.png"});
 }
 
 TEST(Library, makesAnErrorOfAFileThatIsNotThere) {
