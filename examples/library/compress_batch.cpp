@@ -4,27 +4,26 @@
 
 #include <iostream>
 #include <stdexcept>
-#include <stop_token>
 #include <string>
 #include <vector>
 
 int main(int argc, char** argv) try {
   if (argc < 3) throw std::invalid_argument("compress-batch FOLDER SOURCE...");
   const std::vector<std::string> sources(argv + 2, argv + argc);
-  std::stop_source stop;
+  bool hasFailed = false;
   const auto tell = [&](std::size_t index, const orvane::ImageCompressionResult& result) {
     std::cout << index + 1 << " of " << sources.size() << ", " << result.path << ": ";
     if (result.error) {
       std::cout << *result.error << std::endl;
-      stop.request_stop();
+      hasFailed = true;
     } else {
       std::cout << result.originalSizeBytes << " -> " << *result.compressedSizeBytes << " bytes, "
                 << *result.destination << std::endl;
     }
   };
   orvane::compressFiles(sources, argv[1], orvane::ImageFormat::webp, 75,
-                        {.onResult = tell, .stop = stop.get_token()});
-  return stop.stop_requested() ? 1 : 0;
+                        {.onResult = tell, .isStopped = [&] { return hasFailed; }});
+  return hasFailed ? 1 : 0;
 } catch (const std::exception& error) {
   std::cerr << error.what() << '\n';
   return 1;

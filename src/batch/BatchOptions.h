@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <stop_token>
 
 namespace orvane {
 
@@ -20,10 +19,11 @@ struct BatchOptions {
   /// or may not be written, each whole or not at all.
   std::function<void(std::size_t index, const ImageCompressionResult& result)> onResult = {};
 
-  /// Once a stop is requested, by any thread or by `onResult`, no further file is started. Files in
-  /// work are finished; those that were not started fail with the system's text for ECANCELED. So
-  /// does a file whose output would replace the source of one that was not started.
-  std::stop_token stop = {};
+  /// Is asked before each file is started, on the same thread. Once it says yes, no file is started
+  /// any more: files in work are finished, the others fail with the system's text for ECANCELED. So
+  /// does a file whose output would replace the source of one that was not started. It may throw as
+  /// `onResult` may.
+  std::function<bool()> isStopped = {};
 };
 
 }  // namespace orvane

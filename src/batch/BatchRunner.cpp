@@ -83,8 +83,8 @@ class Batch {
   };
 
   void startFiles() {
-    while (next_ < paths_.size() && !options_.stop.stop_requested() &&
-           std::cmp_less(atWork_, jobs_) && std::cmp_less(written_.files.size(), largestGroup_)) {
+    while (next_ < paths_.size() && std::cmp_less(atWork_, jobs_) &&
+           std::cmp_less(written_.files.size(), largestGroup_) && !isStopped()) {
       group_.add([this, index = next_,
                   name = sources_.hiddenName(next_).value_or(names_[next_])]() -> Finished {
         Finished finished{.indices = {index}};
@@ -94,6 +94,11 @@ class Batch {
       ++next_;
       ++atWork_;
     }
+  }
+
+  bool isStopped() {
+    isStopped_ = isStopped_ || (options_.isStopped && options_.isStopped());
+    return isStopped_;
   }
 
   /// One group at a time. The next one gathers meanwhile.
@@ -161,6 +166,7 @@ class Batch {
   std::size_t atWork_ = 0;  ///< files that are being compressed
   Finished written_;        ///< files that have not their names yet
   bool isCommitting_ = false;
+  bool isStopped_ = false;
   TaskGroup<Finished> group_;  ///< last, so that its tasks end before the members that they use
 };
 

@@ -235,15 +235,15 @@ TEST(BatchRunner, tellsEachResultOnceAsItFinishesOnTheCallersThread) {
 
 TEST(BatchRunner, startsNoFileAfterAStop) {
   Recorder recorder;
-  std::stop_source stop;
+  bool isStopped = false;
   std::vector<std::size_t> told;
   const BatchOptions options{.jobs = 1,
                              .onResult =
                                  [&](std::size_t index, const auto&) {
                                    told.push_back(index);
-                                   if (index == 1) stop.request_stop();
+                                   isStopped = index == 1;
                                  },
-                             .stop = stop.get_token()};
+                             .isStopped = [&] { return isStopped; }};
   const auto results = compressAll(Paths{"1", "2", "3", "4"}, folder, ImageFormat::jpeg, 75,
                                    options, recorder.compressor());
   EXPECT_EQ(recorder.started(), (Paths{"1", "2"}));

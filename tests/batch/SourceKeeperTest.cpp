@@ -53,10 +53,12 @@ struct SourceKeeperTest : testing::Test {
     const auto tell = [&](std::size_t index, const ImageCompressionResult& result) {
       told_.push_back(index);
       EXPECT_TRUE(result.error || fs::is_regular_file(*result.destination)) << index;
-      if (index == lastIndex) stop_.request_stop();
     };
     return compressAll(names, FileURL::fromPath(folder.path().string()), ImageFormat::jpeg, 75,
-                       {.jobs = jobs, .onResult = tell, .stop = stop_.get_token()}, compress);
+                       {.jobs = jobs,
+                        .onResult = tell,
+                        .isStopped = [&] { return !told_.empty() && told_.back() == lastIndex; }},
+                       compress);
   }
 
   /// Called in place of the end of `compressed`, before its file counts as done.
@@ -102,7 +104,6 @@ struct SourceKeeperTest : testing::Test {
   std::size_t done_ = 0;
   std::multiset<std::string> writtenNames_;
   std::vector<std::size_t> told_;
-  std::stop_source stop_;
 };
 
 const std::vector<std::int64_t> jobCounts{1, 2, 8};
