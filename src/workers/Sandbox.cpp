@@ -63,6 +63,7 @@ void filterSystemCalls() {
   seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, SCMP_SYS(prlimit64), 1, SCMP_A0(SCMP_CMP_EQ, 0));
   seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, SCMP_SYS(tgkill), 1,
                    SCMP_A0(SCMP_CMP_EQ, static_cast<scmp_datum_t>(getpid())));
+  // The process's title.
   seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, SCMP_SYS(prctl), 1,
                    SCMP_A0(SCMP_CMP_EQ, PR_SET_NAME));
   seccomp_rule_add(filter.get(), SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0);

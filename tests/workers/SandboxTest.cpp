@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -34,6 +35,7 @@ namespace {
   if (kill(getppid(), 0) == 0) _exit(8);
   if (tgkill(getppid(), getppid(), 0) == 0) _exit(11);
   if (prlimit(getppid(), RLIMIT_NOFILE, nullptr, &limit) == 0) _exit(12);
+  if (prctl(PR_SET_DUMPABLE, 1) == 0) _exit(13);
   if (stat("/etc/passwd", &status) == 0) _exit(9);
   if (unlink("/tmp/orvane-sandbox-test") == 0) _exit(10);
   _exit(0);
