@@ -25,7 +25,7 @@ using CompressFile = std::function<ImageCompressor::Uncommitted(
 /// and files are started in input order. Beside that, those that are written get their names, a
 /// group at a time. An output never replaces a source that other files have still to read. Returns
 /// one result per path, in input order; a file that fails says so in its result. Throws what
-/// `onResult` throws, std::bad_alloc.
+/// the functions of `options` throw, std::bad_alloc.
 std::vector<ImageCompressionResult> compressAll(std::span<const std::string> paths,
                                                 const FileURL& to, ImageFormat format,
                                                 double quality, const BatchOptions& options,

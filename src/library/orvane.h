@@ -50,14 +50,15 @@ Bytes compress(ByteView file, ImageFormat format, double quality);
 ImageCompressionResult compressFile(const std::string& path, const std::string& folder,
                                     ImageFormat format, double quality);
 
-/// Compresses the files at `paths` into `folder`, which must exist, on `options.jobs` threads of
-/// its own, fewer where the process may not have so many files open. Each takes the memory of a
-/// `compressFile`. The outputs are named in the order of `paths`: as `compressFile` names them, and
-/// "photo-2.jpg" when "photo.jpg" is taken within the batch. A file of that name is replaced in one
-/// step, a source of this batch only after all files that read it.
-/// Returns a result for each path, in their order; `options.onResult` is told each of them as soon
-/// as it is final. A file that fails says so in its result. Throws only what `onResult` throws, and
-/// std::bad_alloc. Two calls at once may not write to the same names.
+/// Compresses the files at `paths` into `folder`, which must exist, on threads of its own: at most
+/// `options.jobs` files at a time, fewer where the process may not have so many files open. Each
+/// file in work takes the memory of a `compressFile`. The outputs are named in the order of
+/// `paths`: as `compressFile` names them, and "photo-2.jpg" when "photo.jpg" is taken within the
+/// batch. A file of that name is replaced in one step, a source of this batch only after all files
+/// that read it. Returns a result for each path, in their order; `options.onResult` is told each of
+/// them as soon as it is final. A file that fails says so in its result. Throws only what the
+/// functions of `options` throw, and std::bad_alloc. Two calls at once may not write to the same
+/// names.
 std::vector<ImageCompressionResult> compressFiles(std::span<const std::string> paths,
                                                   const std::string& folder, ImageFormat format,
                                                   double quality, const BatchOptions& options = {});

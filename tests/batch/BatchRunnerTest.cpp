@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
@@ -217,20 +218,21 @@ TEST(BatchRunner, givesManyFilesTheirNamesThoughSomeCannotHaveThem) {
 TEST(BatchRunner, tellsEachResultOnceAsItFinishesOnTheCallersThread) {
   Recorder recorder;
   const auto testThread = std::this_thread::get_id();
-  std::vector<std::size_t> told;
-  std::vector<ImageCompressionResult> results(3);
-  const BatchOptions options{.jobs = 3, .onResult = [&](auto index, const auto& result) {
-                               EXPECT_EQ(std::this_thread::get_id(), testThread);
-                               told.push_back(index);
-                               results[index] = result;
-                             }};
-  const auto returned = compressAll(Paths{"slow", "a", "b"}, folder, ImageFormat::jpeg, 75, options,
-                                    recorder.compressor([&](const std::string& path) {
-                                      EXPECT_TRUE(path != "slow" || recorder.waitForFinishes(2));
-                                    }));
-  ASSERT_EQ(told.size(), 3u);
-  EXPECT_EQ(told.back(), 0u);
-  EXPECT_EQ(results, returned);
+  std::atomic<std::size_t> countTold = 0;
+  std::vector<ImageCompressionResult> told(3);
+  const auto tell = [&](std::size_t index, const ImageCompressionResult& result) {
+    EXPECT_EQ(std::this_thread::get_id(), testThread);
+    EXPECT_EQ(told[index], ImageCompressionResult{});
+    told[index] = result;
+    ++countTold;
+  };
+  const auto work = [&](const std::string& path) {
+    while (path == "last" && countTold < 2) std::this_thread::yield();
+  };
+  const auto results = compressAll(Paths{"last", "a", "b"}, folder, ImageFormat::jpeg, 75,
+                                   {.jobs = 3, .onResult = tell}, recorder.compressor(work));
+  EXPECT_EQ(countTold, 3u);
+  EXPECT_EQ(told, results);
 }
 
 TEST(BatchRunner, startsNoFileAfterAStop) {
