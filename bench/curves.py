@@ -3,8 +3,11 @@
 import math
 from xml.sax.saxutils import escape
 
-# The scores at which sizes are compared: what people ask for, from 0.60 to 0.90.
-TARGETS = (64, 70, 73, 76.5, 80.4, 84.7)
+# The mean score of photographs that each quality is to give.
+MEANT = {30: 45, 40: 52, 50: 58, 60: 64, 70: 70, 75: 73, 80: 76.5, 85: 80.4, 90: 84.7, 95: 89.3,
+         98: 92.3}
+COMPARED = (60, 70, 75, 80, 85, 90)  # qualities that people ask for, where sizes are compared
+TARGETS = tuple(MEANT[quality] for quality in COMPARED)
 
 WIDTH, HEIGHT, MARGIN = 720, 480, 56
 COLORS = ("#c0392b", "#2c3e50", "#2980b9", "#7f8c8d")

@@ -5,11 +5,13 @@ import shlex
 import shutil
 import subprocess
 import tempfile
+from bisect import bisect_left
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 TOOL = ROOT / "build" / "release" / "orvane-cli"
+SUFFIXES = {"jpeg": ".jpg", "heic": ".heic", "avif": ".avif", "webp": ".webp", "jxl": ".jxl"}
 
 
 def run(command):
@@ -52,9 +54,9 @@ def decode(encoded, decoded):
 class Ours:
     """This tool at its own quality, all pictures in one run."""
 
-    def __init__(self, image_format, suffix):
+    def __init__(self, image_format):
         self.name = f"orvane-cli {image_format}"
-        self.format, self.suffix = image_format, suffix
+        self.format, self.suffix = image_format, SUFFIXES[image_format]
 
     def encode(self, sources, quality, folder, jobs):
         return run([TOOL, *(source.png for source in sources), "--output", folder,
@@ -62,11 +64,12 @@ class Ours:
 
 
 class Peer:
-    """Another encoder; `arguments(source, quality, output)` is its command for one picture."""
+    """Another encoder; `arguments(source, quality, output)` is its command for one picture,
+    `qualities` are those that curves are drawn through, `scale` are all, the worst first."""
 
-    def __init__(self, name, suffix, qualities, arguments):
+    def __init__(self, name, suffix, qualities, arguments, scale=range(1, 101)):
         self.name, self.suffix, self.qualities = name, suffix, qualities
-        self.arguments = arguments
+        self.arguments, self.scale = arguments, scale
 
     def encode(self, sources, quality, folder, jobs):
         def encode_one(source):
@@ -85,7 +88,8 @@ PEERS = {
     "avif": [Peer(f"avifenc --speed 6 --yuv {yuv}", ".avif", (36, 30, 25, 20, 15, 10),
                   lambda source, quality, output, yuv=yuv: [
                       "avifenc", "--speed", 6, "--jobs", 1, "--min", quality, "--max", quality,
-                      "--yuv", yuv, source.png, output]) for yuv in (420, 444)],
+                      "--yuv", yuv, source.png, output],
+                  range(63, -1, -1)) for yuv in (420, 444)],
     "heic": [Peer("heif-enc", ".heic", (35, 42, 48, 54, 60, 68),
                   lambda source, quality, output: [
                       "heif-enc", "-q", quality, source.png, "-o", output])],
@@ -94,9 +98,11 @@ PEERS = {
                       "cwebp", "-quiet", "-q", quality, source.png, "-o", output])],
     "jxl": [Peer("cjxl", ".jxl", (4.5, 3.3, 2.4, 1.8, 1.3, 0.9),
                  lambda source, quality, output: [
-                     "cjxl", "--num_threads=0", "-d", quality, source.png, output])],
+                     "cjxl", "--num_threads=0", "-d", quality, source.png, output],
+                 [tenths / 10 for tenths in range(150, 0, -1)])],
 }
 
+SHARP_HAS = {"jpeg": "mozjpeg", "avif": "libaom"}
 SHARP = """
 const sharp = require('sharp');
 sharp.concurrency(1);
@@ -114,12 +120,19 @@ def sharp_is_installed():
 def peers(image_format):
     """The other encoders of a format that are there to compare with."""
     found = list(PEERS[image_format])
-    if image_format in ("jpeg", "avif") and sharp_is_installed():
-        suffix = ".jpg" if image_format == "jpeg" else ".avif"
-        found.append(Peer(f"sharp {image_format}", suffix, (40, 55, 67, 77, 85, 92),
+    if image_format in SHARP_HAS and sharp_is_installed():
+        found.append(Peer(f"sharp ({SHARP_HAS[image_format]})", SUFFIXES[image_format],
+                          (40, 55, 67, 77, 85, 92),
                           lambda source, quality, output: [
                               "node", "-e", SHARP, source.png, image_format, quality, output]))
     return found
+
+
+def nearest(scale, target, value_of):
+    """The setting of a scale, the worst first, whose value is nearest to the target."""
+    index = bisect_left(scale, target, key=value_of)
+    return min(scale[max(index - 1, 0):index + 1],
+               key=lambda setting: abs(value_of(setting) - target))
 
 
 class Source:
