@@ -29,8 +29,10 @@ struct ImageDestination {
 
   /// Takes a picture of any layout and depth (see RowRenderer) and writes it in its rendering
   /// space, which the file names unless it is sRGB. `quality` 0…1 means the same look in every
-  /// format. Throws UnwritableImage, std::bad_alloc.
-  Bytes (*encode)(const Image& image, const PictureMeasurements& measurements, double quality);
+  /// format. Works on up to `threads` threads, on which the bytes do not depend. Throws
+  /// UnwritableImage, std::bad_alloc.
+  Bytes (*encode)(const Image& image, const PictureMeasurements& measurements, double quality,
+                  int threads);
 
   /// The destination for JPEG, HEIC or AVIF; none for the other formats.
   static const ImageDestination* of(ImageFormat format);

@@ -31,6 +31,7 @@ struct EncodingPlan {
   bool singlePass = false;         ///< no second attempt
   float ditheringLevel = 0;        ///< palette dithering, 0…1
   bool preferLossless = false;     ///< PNG output is truecolour
+  int threads = 1;                 ///< at most; the bytes do not depend on them
 
   bool operator==(const EncodingPlan&) const = default;
 };

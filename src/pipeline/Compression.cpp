@@ -18,6 +18,12 @@ bool repacks(const ImageSource& source, const OutputFormat& output, double quali
          quality >= repackingQuality;
 }
 
+/// Starting threads would take a good part of what they save on smaller pictures.
+bool isWorthThreads(const RGBABuffer& buffer) {
+  constexpr std::size_t leastPixels = 1'000'000;
+  return buffer.width * buffer.height >= leastPixels;
+}
+
 /// Frees the pixels of the form that is not encoded.
 void releaseOther(Picture& picture, OutputFormat::Input encoded) {
   switch (encoded) {
@@ -48,9 +54,10 @@ void Compression::decode() {
   picture_.emplace(Picture{std::move(image), std::move(buffer), characteristics});
 }
 
-Bytes Compression::encode() {
+Bytes Compression::encode(int threads) {
+  plan_->threads = isWorthThreads(picture_->buffer) ? threads : 1;
   if (repacks_) {
-    if (auto file = output_.repacking->repack(file_, plan_->effort)) return *std::move(file);
+    if (auto file = output_.repacking->repack(file_, *plan_)) return *std::move(file);
   }
   releaseOther(*picture_, output_.input);
   return EncodingAttempts::encodeSmallest(*plan_, [this](const EncodingPlan& plan, PNGForm form) {

@@ -31,8 +31,9 @@ class Compression {
   /// Whether the file must stay until it is encoded.
   bool encodesFromFile() const { return repacks_; }
 
-  /// After `decode`, once. Throws ImageProcessingError::encodingFailed.
-  Bytes encode();
+  /// After `decode`, once. Works on up to `threads` threads, on one where the picture is small.
+  /// Throws ImageProcessingError::encodingFailed.
+  Bytes encode(int threads = 1);
 
  private:
   ByteView file_;

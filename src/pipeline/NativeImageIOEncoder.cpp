@@ -41,7 +41,7 @@ Bytes encode(const Image& image, bool hasAlpha, ImageFormat format, const Encodi
   if (lossy == nullptr) throw ImageProcessingError::encodingFailed(format);
   const Image encoded = encodedImage(image, hasAlpha, *destination);
   return destination->encode(encoded, measure(encoded, characteristics),
-                             destinationQuality(lossy->quality, *destination));
+                             destinationQuality(lossy->quality, *destination), plan.threads);
 } catch (const UnwritableImage&) {
   throw ImageProcessingError::encodingFailed(format);
 }

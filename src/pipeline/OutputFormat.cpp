@@ -27,8 +27,8 @@ Bytes encodeJXL(const Picture& picture, const EncodingPlan& plan, PNGForm) {
   return JXLEncoder::encode(picture.buffer, picture.buffer.hasAlpha, plan);
 }
 
-std::optional<Bytes> repackJPEG(ByteView file, EncodingPlan::Effort effort) {
-  return JXLEncoder::transcodeJPEG(file, JXLEncoder::effort(effort));
+std::optional<Bytes> repackJPEG(ByteView file, const EncodingPlan& plan) {
+  return JXLEncoder::transcodeJPEG(file, JXLEncoder::effort(plan.effort), plan.threads);
 }
 
 template <ImageFormat::Case format>

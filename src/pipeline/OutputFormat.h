@@ -27,7 +27,7 @@ struct OutputFormat {
   /// that cannot.
   struct Repacking {
     ImageFormat source;
-    std::optional<Bytes> (*repack)(ByteView file, EncodingPlan::Effort effort);
+    std::optional<Bytes> (*repack)(ByteView file, const EncodingPlan& plan);
   };
 
   ImageFormat format;

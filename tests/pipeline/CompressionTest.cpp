@@ -10,10 +10,10 @@
 namespace orvane {
 namespace {
 
-Bytes output(ByteView file, ImageFormat format, double quality) {
+Bytes output(ByteView file, ImageFormat format, double quality, int threads = 1) {
   Compression compression(file, format, quality);
   compression.decode();
-  return compression.encode();
+  return compression.encode(threads);
 }
 
 TEST(Compression, needsNoFileOnceItIsDecoded) {
@@ -36,6 +36,19 @@ TEST(Compression, needsTheFileThatItRepacks) {
   EXPECT_TRUE(encodesFromFile(ImageFormat::jxl, 90));
   EXPECT_FALSE(encodesFromFile(ImageFormat::jxl, 89));
   EXPECT_FALSE(encodesFromFile(ImageFormat::png, 90));
+}
+
+TEST(Compression, makesTheSameBytesOnAnyNumberOfThreads) {
+  for (const Bytes& file : {test::pngFile(test::gradientImage(1300, 800)),
+                            test::pngFile(test::alphaGradientImage(1300, 800)),
+                            test::jpegFile(test::noisyImage(1300, 800))}) {
+    for (const ImageFormat format : ImageFormat::allCases) {
+      const Bytes meant = output(file, format, 90);
+      for (const int threads : {2, 8}) {
+        EXPECT_EQ(output(file, format, 90, threads), meant) << format.rawValue() << threads;
+      }
+    }
+  }
 }
 
 }  // namespace

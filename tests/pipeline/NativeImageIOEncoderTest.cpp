@@ -86,8 +86,8 @@ TEST(NativeImageIOEncoder, givesJPEGAndHEICTheMaximumSetting) {
     const auto* destination = ImageDestination::of(format);
     const auto measurements = test::measured(image);
     const Bytes file = encodeNative(image, false, format, lossy(100));
-    EXPECT_EQ(file, destination->encode(image, measurements, 1.0)) << format.displayName();
-    EXPECT_NE(file, destination->encode(image, measurements, 0.99)) << format.displayName();
+    EXPECT_EQ(file, destination->encode(image, measurements, 1.0, 1)) << format.displayName();
+    EXPECT_NE(file, destination->encode(image, measurements, 0.99, 1)) << format.displayName();
   }
 }
 

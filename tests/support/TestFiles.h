@@ -13,7 +13,7 @@ inline Bytes pngFile(const Image& image) {
 
 /// A JPEG file of an opaque picture; `quality` is 0…1.
 inline Bytes jpegFile(const Image& image, double quality = 0.9) {
-  return ImageDestination::of(ImageFormat::jpeg)->encode(image, measured(image), quality);
+  return ImageDestination::of(ImageFormat::jpeg)->encode(image, measured(image), quality, 1);
 }
 
 }  // namespace orvane::test

@@ -24,6 +24,16 @@ Content contentOf(const ImageCharacteristics& characteristics) {
   return isFlat && characteristics.edgeFraction > least ? Content::screen : Content::natural;
 }
 
+Tiles tiles(std::uint32_t width, std::uint32_t height) {
+  constexpr std::uint64_t mostPixels = 3'000'000;
+  Tiles tiles;
+  while ((std::uint64_t{width} >> tiles.columnsLog2) * (height >> tiles.rowsLog2) > mostPixels) {
+    const bool isWide = (width >> tiles.columnsLog2) > (height >> tiles.rowsLog2);
+    ++(isWide ? tiles.columnsLog2 : tiles.rowsLog2);
+  }
+  return tiles;
+}
+
 int colorQuantizer(double quality, Tuning tuning) {
   const auto table = tuning == Tuning::imageQuality ? QualityTables::avifQuantizerTunedForImages()
                                                     : QualityTables::avifQuantizer();

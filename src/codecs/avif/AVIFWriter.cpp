@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <deque>
 #include <new>
 #include <optional>
 
@@ -6,6 +7,7 @@
 #include "codecs/avif/AVIFLibrary.h"
 #include "codecs/avif/AVIFSettings.h"
 #include "platform/foundation/Memory.h"
+#include "platform/foundation/Parallel.h"
 #include "platform/graphics/RowRenderer.h"
 
 namespace orvane {
@@ -25,17 +27,44 @@ void require(avifResult result) {
   if (result != AVIF_RESULT_OK) throw UnwritableImage(avifResultToString(result));
 }
 
-/// Converts `strip` into the rows of `picture` that begin with row `first`.
-void convertStrip(const avifRGBImage& strip, avifImage& picture, std::size_t first) {
-  const AVIFLibrary::Picture rows =  // share the memory of `picture`
-      AVIFLibrary::makePicture(0, 0, picture.depth, picture.yuvFormat);
-  const avifCropRect place{0, static_cast<std::uint32_t>(first), strip.width, strip.height};
-  require(avifImageSetViewRect(rows.get(), &picture, &place));
-  const avifResult result = avifImageRGBToYUV(rows.get(), &strip);
-  // The conversion marks the planes as owned by `rows`, but they belong to the picture.
-  rows->imageOwnsYUVPlanes = rows->imageOwnsAlphaPlane = AVIF_FALSE;
-  require(result);
-}
+/// Renders strips of a picture and converts them into planes. One thread.
+class StripConverter {
+ public:
+  /// Refers to both pictures.
+  StripConverter(const Image& image, const ColorSpacePtr& colorSpace, avifImage& picture)
+      : renderer_(image, colorSpace, image.bitsPerComponent, RowRenderer::AlphaForm::straight),
+        picture_(picture) {
+    avifRGBImageSetDefaults(&strip_, &picture);
+    strip_.depth = static_cast<std::uint32_t>(image.bitsPerComponent);
+    strip_.ignoreAlpha = image.alpha == AlphaKind::none;
+    strip_.rowBytes = strip_.width * avifRGBImagePixelSize(&strip_);
+    rendered_ = makePixelMemory(strip_.rowBytes * stripRows);
+    strip_.pixels = rendered_.get();
+  }
+
+  /// The rows that begin with row `first`.
+  void convert(std::size_t first) {
+    const std::size_t count = std::min(stripRows, picture_.height - first);
+    for (std::size_t i = 0; i < count; ++i) {
+      renderer_.render(first + i, strip_.pixels + i * strip_.rowBytes);
+    }
+    strip_.height = static_cast<std::uint32_t>(count);
+    const AVIFLibrary::Picture rows =  // share the memory of the picture
+        AVIFLibrary::makePicture(0, 0, picture_.depth, picture_.yuvFormat);
+    const avifCropRect place{0, static_cast<std::uint32_t>(first), strip_.width, strip_.height};
+    require(avifImageSetViewRect(rows.get(), &picture_, &place));
+    const avifResult result = avifImageRGBToYUV(rows.get(), &strip_);
+    // The conversion marks the planes as owned by `rows`, but they belong to the picture.
+    rows->imageOwnsYUVPlanes = rows->imageOwnsAlphaPlane = AVIF_FALSE;
+    require(result);
+  }
+
+ private:
+  RowRenderer renderer_;
+  avifImage& picture_;
+  avifRGBImage strip_{};
+  MutablePixelMemory rendered_;
+};
 
 void describeColors(avifImage& picture, const ColorSpace& colorSpace) {
   picture.matrixCoefficients = AVIF_MATRIX_COEFFICIENTS_BT601;
@@ -49,7 +78,7 @@ void describeColors(avifImage& picture, const ColorSpace& colorSpace) {
 }
 
 /// `image` in its rendering space as planes for AV1.
-AVIFLibrary::Picture convert(const Image& image, Content content) {
+AVIFLibrary::Picture convert(const Image& image, Content content, int threads) {
   const ColorSpacePtr colorSpace = renderingSpace(image.colorSpace);
   AVIFLibrary::Picture picture = AVIFLibrary::makePicture(
       static_cast<std::uint32_t>(image.width), static_cast<std::uint32_t>(image.height),
@@ -60,36 +89,42 @@ AVIFLibrary::Picture convert(const Image& image, Content content) {
   require(avifImageAllocatePlanes(
       picture.get(), image.alpha == AlphaKind::none ? AVIF_PLANES_YUV : AVIF_PLANES_ALL));
 
-  RowRenderer renderer(image, colorSpace, image.bitsPerComponent, RowRenderer::AlphaForm::straight);
-  avifRGBImage strip{};
-  avifRGBImageSetDefaults(&strip, picture.get());
-  strip.depth = static_cast<std::uint32_t>(image.bitsPerComponent);
-  strip.ignoreAlpha = image.alpha == AlphaKind::none;
-  strip.rowBytes = strip.width * avifRGBImagePixelSize(&strip);
-  const MutablePixelMemory rendered = makePixelMemory(strip.rowBytes * stripRows);
-  strip.pixels = rendered.get();
-  for (std::size_t first = 0; first < image.height; first += stripRows) {
-    const std::size_t count = std::min(stripRows, image.height - first);
-    for (std::size_t i = 0; i < count; ++i) {
-      renderer.render(first + i, rendered.get() + i * strip.rowBytes);
-    }
-    strip.height = static_cast<std::uint32_t>(count);
-    convertStrip(strip, *picture, first);
-  }
+  std::deque<StripConverter> converters;
+  for (int i = 0; i < threads; ++i) converters.emplace_back(image, colorSpace, *picture);
+  inParallel((image.height + stripRows - 1) / stripRows, threads,
+             [&](std::size_t strip, std::size_t thread) {
+               converters[thread].convert(strip * stripRows);
+             });
   return picture;
 }
 
+/// How one picture is encoded, whatever its tuning.
+struct Job {
+  double quality;
+  Content content;
+  int threads;
+};
+
+/// libaom codes each tile on one thread. It fails when it gets no thread that it wants.
+void setThreads(avifEncoder& encoder, const avifImage& picture, int threads) {
+  const auto tiles = AVIFSettings::tiles(picture.width, picture.height);
+  encoder.tileColsLog2 = tiles.columnsLog2;
+  encoder.tileRowsLog2 = tiles.rowsLog2;
+  encoder.maxThreads = 1 + startableThreads(threads - 1);
+  // Threads that share the rows of a tile change the bytes; libavif asks for them by default.
+  AVIFLibrary::setCodecOption(encoder, "row-mt", "0");
+}
+
 /// The file; absent when libaom does not know the tuning or another option.
-std::optional<Bytes> encode(const avifImage& picture, double quality, Content content,
-                            Tuning tuning) {
+std::optional<Bytes> encode(const avifImage& picture, const Job& job, Tuning tuning) {
   const AVIFLibrary::Encoder encoder = AVIFLibrary::makeEncoder();
   encoder->codecChoice = AVIF_CODEC_CHOICE_AOM;
-  encoder->maxThreads = 1;
   encoder->speed = AVIFSettings::speed;
-  AVIFLibrary::setQuantizers(*encoder, {.color = AVIFSettings::colorQuantizer(quality, tuning),
+  setThreads(*encoder, picture, job.threads);
+  AVIFLibrary::setQuantizers(*encoder, {.color = AVIFSettings::colorQuantizer(job.quality, tuning),
                                         .alpha = AVIFSettings::alphaQuantizer});
   if (tuning == Tuning::imageQuality) AVIFLibrary::setCodecOption(*encoder, "color:tune", "iq");
-  if (content == Content::screen) {
+  if (job.content == Content::screen) {
     AVIFLibrary::setCodecOption(*encoder, "color:tune-content", "screen");
   }
   // Searching for blocks to copy takes several times as long, and libaom does it for photographs
@@ -102,14 +137,15 @@ std::optional<Bytes> encode(const avifImage& picture, double quality, Content co
   return Bytes(output.data.data, output.data.data + output.data.size);
 }
 
-Bytes encode(const Image& image, const PictureMeasurements& measurements, double quality) {
+Bytes encode(const Image& image, const PictureMeasurements& measurements, double quality,
+             int threads) {
   // Screens are coded in 8 bits, which are too few for deep pictures.
   const Content content = image.bitsPerComponent > 8
                               ? Content::natural
                               : AVIFSettings::contentOf(measurements.characteristics);
-  const AVIFLibrary::Picture picture = convert(image, content);
+  const AVIFLibrary::Picture picture = convert(image, content, threads);
   for (const Tuning tuning : {Tuning::imageQuality, Tuning::structuralSimilarity}) {
-    if (auto file = encode(*picture, quality, content, tuning)) return *std::move(file);
+    if (auto file = encode(*picture, {quality, content, threads}, tuning)) return *std::move(file);
   }
   throw UnwritableImage("libaom refuses its options");
 }

@@ -1,6 +1,7 @@
 #include "codecs/heic/HEICSettings.h"
 
 #include <cmath>
+#include <cstdint>
 
 #include "codecs/QualityTable.h"
 
@@ -9,6 +10,14 @@ namespace {
 
 /// Alpha at this quantisation parameter is rarely off by more than one.
 constexpr int alphaQuantizer = 10;
+
+/// Whether each row begins with the probabilities that the row above has after two blocks
+/// (wavefront), so that threads can share the picture. The bytes depend on that, but not on the
+/// number of threads.
+bool isLarge(Size size) {
+  constexpr std::int64_t leastPixels = 1'000'000;
+  return std::int64_t{size.width} * size.height >= leastPixels;
+}
 
 /// Every decoder takes 4:2:0 as Main Still Picture; monochrome makes x265 declare the format range
 /// extensions by itself.
@@ -25,7 +34,7 @@ X265Library::Param stillPicture(Size size, int chromaFormat) {
   param->bEmitInfoSEI = 0;
   param->logLevel = X265_LOG_NONE;
   param->frameNumThreads = 1;
-  param->bEnableWavefront = 0;
+  param->bEnableWavefront = isLarge(size) ? 1 : 0;
   X265Library::setOption(*param, "pools", "none");
   return param;
 }

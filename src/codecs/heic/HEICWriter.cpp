@@ -5,6 +5,7 @@
 #include "codecs/YCbCrRows.h"
 #include "codecs/heic/HEICContext.h"
 #include "codecs/heic/HEICSettings.h"
+#include "codecs/heic/HEVCEncoder.h"
 #include "platform/graphics/RowRenderer.h"
 
 namespace orvane {
@@ -106,7 +107,7 @@ Bytes serialized(heif_context* context) {
   return file;
 }
 
-Bytes encode(const Image& image, const PictureMeasurements&, double quality) try {
+Bytes encode(const Image& image, const PictureMeasurements&, double quality, int threads) try {
   if (image.width == 0 || image.height == 0) throw UnwritableImage("an empty picture");
   const ColorSpacePtr space = renderingSpace(image.colorSpace);
   const HEIFImage planes = convert(image, space);
@@ -118,6 +119,8 @@ Bytes encode(const Image& image, const PictureMeasurements&, double quality) try
   const HEIFEncoder encoder = makeHEVCEncoder(context.get());
   HEIFLibrary::check(
       heif_encoder_set_lossy_quality(encoder.get(), HEICSettings::rateFactorInHundredths(quality)));
+  HEIFLibrary::check(
+      heif_encoder_set_parameter_integer(encoder.get(), hevcEncoderThreads, threads));
   const HEIFEncodingOptions options = HEIFLibrary::makeEncodingOptions();
   options->output_nclx_profile = description.get();
   HEIFLibrary::check(heif_context_encode_image(context.get(), planes.get(), encoder.get(),

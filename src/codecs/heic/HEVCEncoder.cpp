@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <new>
 #include <stdexcept>
 #include <vector>
@@ -22,6 +23,7 @@ constexpr heif_error success{heif_error_Ok, heif_suberror_Unspecified, "Success"
 
 struct Encoder {
   double rateFactor = 28;
+  int threads = 1;
   std::vector<Bytes> units;  ///< NAL units of the last picture
   std::size_t nextUnit = 0;
 };
@@ -99,7 +101,7 @@ HEICSettings::Size codedSize(const heif_image* image) {
           coded(heif_image_get_height(image, heif_channel_Y))};
 }
 
-std::vector<Bytes> encode(const heif_image* image, bool isAlpha, double rateFactor) {
+std::vector<Bytes> encode(const heif_image* image, bool isAlpha, double rateFactor, int threads) {
   const HEICSettings::Size size = codedSize(image);
   // Adds memory around the picture, whose pixels stay the same.
   HEIFLibrary::check(
@@ -109,7 +111,7 @@ std::vector<Bytes> encode(const heif_image* image, bool isAlpha, double rateFact
   std::vector<float> offsets;
   if (!isAlpha) offsets = blockOffsets(*param, rateFactor);
   describeColor(*param, image);
-  const X265Library::Encoder encoder = X265Library::makeEncoder(*param);
+  const X265Library::Encoder encoder = X265Library::makeEncoder(*param, threads);
   const X265Library::Picture picture = pictureOf(image, *param);
   if (!isAlpha) picture->quantOffsets = offsets.data();
   return encodedUnits(encoder.get(), picture.get());
@@ -132,6 +134,20 @@ heif_error setQuality(void* encoder, int hundredths) {
   return success;
 }
 
+heif_error setInteger(void* encoder, const char* name, int value) {
+  if (std::strcmp(name, hevcEncoderThreads) != 0) {
+    return {heif_error_Usage_error, heif_suberror_Unsupported_parameter, "no such number"};
+  }
+  static_cast<Encoder*>(encoder)->threads = value;
+  return success;
+}
+
+/// libheif looks here for limits of a parameter's values. There are none.
+const heif_encoder_parameter** parameters(void*) {
+  static const heif_encoder_parameter* none = nullptr;
+  return &none;
+}
+
 void acceptedColors(heif_colorspace* colorspace, heif_chroma* chroma) {
   const bool monochrome = *colorspace == heif_colorspace_monochrome;
   *colorspace = monochrome ? heif_colorspace_monochrome : heif_colorspace_YCbCr;
@@ -142,7 +158,8 @@ heif_error encodeImage(void* encoder, const heif_image* image, heif_image_input_
   auto& state = *static_cast<Encoder*>(encoder);
   try {
     state.nextUnit = 0;
-    state.units = encode(image, inputClass == heif_image_input_class_alpha, state.rateFactor);
+    state.units =
+        encode(image, inputClass == heif_image_input_class_alpha, state.rateFactor, state.threads);
     return success;
   } catch (const std::exception&) {
     state.units.clear();
@@ -175,6 +192,8 @@ const heif_encoder_plugin hevcEncoder{
     .new_encoder = newEncoder,
     .free_encoder = freeEncoder,
     .set_parameter_quality = setQuality,
+    .list_parameters = parameters,
+    .set_parameter_integer = setInteger,
     .query_input_colorspace = acceptedColors,
     .encode_image = encodeImage,
     .get_compressed_data = nextUnit,

@@ -3,10 +3,12 @@
 #include <cstddef>
 #include <mutex>
 #include <stdexcept>
-#include <thread>
+#include <string>
+#include <system_error>
 
 #include "platform/foundation/Handle.h"
 #include "platform/foundation/Memory.h"
+#include "platform/foundation/Parallel.h"
 
 namespace orvane::X265Library {
 namespace {
@@ -18,13 +20,27 @@ constexpr std::size_t baseBytes = std::size_t{8} << 20;
 constexpr std::size_t bytesPerPixel = 24;
 constexpr std::size_t padding = 96;
 
-/// x265 waits forever for a thread that did not start, and writes through the null pointer of a
-/// failed allocation: probe both first.
-void requireThreadAndMemory(const x265_param& param) {
-  std::thread([] {}).join();
+/// For the stack of each thread, where the user has not set another limit.
+constexpr std::size_t stackBytes = std::size_t{8} << 20;
+
+/// x265 waits forever for a thread that did not start: probe first. One thread codes the picture,
+/// and with wavefronts those of a pool do its rows. Returns how many threads there will be.
+int setThreads(x265_param& param, int threads) {
+  const int coders = param.bEnableWavefront != 0 ? 2 : 1;
+  const int startable = startableThreads(coders == 1 ? 1 : 1 + threads);
+  if (startable < coders) {
+    throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+  }
+  setOption(param, "pools", coders == 1 ? "none" : std::to_string(startable - 1).c_str());
+  return startable;
+}
+
+/// x265 writes through the null pointer of a failed allocation: probe first.
+void requireMemory(const x265_param& param, int threads) {
   const auto padded = [](int side) { return static_cast<std::size_t>(side) + 2 * padding; };
   const std::size_t pixels = padded(param.sourceWidth) * padded(param.sourceHeight);
-  Memory::require(baseBytes + pixels * bytesPerPixel);
+  Memory::require(baseBytes + pixels * bytesPerPixel +
+                  static_cast<std::size_t>(threads) * stackBytes);
 }
 
 }  // namespace
@@ -55,10 +71,10 @@ Picture makePicture(x265_param& param) {
 }
 
 /// x265 fills its tables of functions when the first encoder is opened, and does so unguarded.
-Encoder makeEncoder(x265_param& param) {
+Encoder makeEncoder(x265_param& param, int threads) {
   static std::mutex opening;
   const std::scoped_lock lock(opening);
-  requireThreadAndMemory(param);
+  requireMemory(param, setThreads(param, threads));
   Encoder encoder(api().encoder_open(&param));
   if (encoder == nullptr) throw std::runtime_error("x265 does not take this picture");
   return encoder;

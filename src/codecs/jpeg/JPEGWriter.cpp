@@ -46,7 +46,7 @@ void checkSize(const Image& image) {
   }
 }
 
-Bytes encode(const Image& image, const PictureMeasurements& measurements, double quality) {
+Bytes encode(const Image& image, const PictureMeasurements& measurements, double quality, int) {
   checkSize(image);
   OpaqueRows rows(image);
   // A profile for RGB says nothing about one component.

@@ -16,6 +16,7 @@
 #include "picture/ColorProfile.h"
 #include "picture/ImageProcessingError.h"
 #include "platform/foundation/Memory.h"
+#include "platform/foundation/Parallel.h"
 
 namespace orvane::JXLEncoder {
 namespace {
@@ -31,6 +32,14 @@ void require(JxlEncoderStatus status) { require(status == JXL_ENC_SUCCESS); }
 std::uint32_t side(std::size_t length) {
   require(length <= std::numeric_limits<std::uint32_t>::max());
   return static_cast<std::uint32_t>(length);
+}
+
+/// `threads` must outlive the encoder.
+JxlEncoderPtr makeEncoder(int& threads) {
+  JxlEncoderPtr encoder = JxlEncoderMake(nullptr);
+  require(encoder != nullptr);
+  require(JxlEncoderSetParallelRunner(encoder.get(), JXLLibrary::runInParallel, &threads));
+  return encoder;
 }
 
 void setBasicInfo(JxlEncoder* encoder, const RGBABuffer& rgba, bool hasAlpha, bool isLossless) {
@@ -78,13 +87,14 @@ void setEffort(JxlEncoderFrameSettings* settings, int effort) {
   JxlEncoderFrameSettingsSetOption(settings, JXL_ENC_FRAME_SETTING_EFFORT, effort);
 }
 
-/// Packs R, G, B, A pixels as R, G, B.
-Bytes stripAlpha(ByteView rgba) {
-  Bytes rgb(rgba.size() / 4 * 3);
-  auto out = rgb.begin();
-  for (std::size_t at = 0; at < rgba.size(); at += 4) {
-    out = std::copy_n(rgba.begin() + static_cast<std::ptrdiff_t>(at), 3, out);
-  }
+/// The pixels packed as R, G, B.
+PixelMemory stripAlpha(const RGBABuffer& rgba, int threads) {
+  const MutablePixelMemory rgb = makePixelMemory(rgba.width * rgba.height * 3);
+  inParallel(rgba.height, threads, [&](std::size_t y, std::size_t) {
+    const std::uint8_t* pixel = &rgba.pixels[y * rgba.width * 4];
+    std::uint8_t* out = rgb.get() + y * rgba.width * 3;
+    for (std::size_t x = 0; x < rgba.width; ++x, pixel += 4) out = std::copy_n(pixel, 3, out);
+  });
   return rgb;
 }
 
@@ -141,10 +151,9 @@ void requireTranscodable(ByteView jpeg) {
   requireMemory(header.image_width, header.image_height);
 }
 
-Bytes repacked(ByteView jpeg, int effort) {
+Bytes repacked(ByteView jpeg, int effort, int threads) {
   requireTranscodable(jpeg);
-  const JxlEncoderPtr encoder = JxlEncoderMake(nullptr);
-  require(encoder != nullptr);
+  const JxlEncoderPtr encoder = makeEncoder(threads);
   require(JxlEncoderUseContainer(encoder.get(), JXL_TRUE));
   require(JxlEncoderStoreJPEGMetadata(encoder.get(), JXL_TRUE));
   JxlEncoderFrameSettings* settings = JxlEncoderFrameSettingsCreate(encoder.get(), nullptr);
@@ -157,9 +166,10 @@ Bytes repacked(ByteView jpeg, int effort) {
 
 /// Throws unless libjxl rebuilds every byte of `jpeg` from `jxl`. libjxl 0.7 accepts JPEGs that it
 /// cannot rebuild, such as one with two ICC segments of the same number.
-void requireRebuilding(ByteView jpeg, ByteView jxl) {
+void requireRebuilding(ByteView jpeg, ByteView jxl, int threads) {
   const JxlDecoderPtr decoder =
       JXLLibrary::makeDecoder(jxl, JXL_DEC_JPEG_RECONSTRUCTION | JXL_DEC_FULL_IMAGE);
+  JxlDecoderSetParallelRunner(decoder.get(), JXLLibrary::runInParallel, &threads);
   JXLLibrary::advance(decoder.get(), JXL_DEC_JPEG_RECONSTRUCTION);
   Bytes rebuilt(jpeg.size());  // libjxl 0.7 cannot write the file in smaller parts
   JxlDecoderSetJPEGBuffer(decoder.get(), rebuilt.data(), rebuilt.size());
@@ -179,8 +189,8 @@ double distance(double quality) {
 
 Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan) {
   requireMemory(rgba.width, rgba.height);
-  const JxlEncoderPtr encoder = JxlEncoderMake(nullptr);
-  require(encoder != nullptr);
+  int threads = plan.threads;
+  const JxlEncoderPtr encoder = makeEncoder(threads);
   JxlEncoderFrameSettings* settings = JxlEncoderFrameSettingsCreate(encoder.get(), nullptr);
   require(settings != nullptr);
   setBasicInfo(encoder.get(), rgba, hasAlpha,
@@ -191,15 +201,16 @@ Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan) {
   if (hasAlpha) {
     addFrame(settings, rgba.pixels, 4);
   } else {
-    addFrame(settings, stripAlpha(rgba.pixels), 3);
+    const PixelMemory rgb = stripAlpha(rgba, threads);
+    addFrame(settings, {rgb.get(), rgba.width * rgba.height * 3}, 3);
   }
   JxlEncoderCloseInput(encoder.get());
   return drainOutput(encoder.get());
 }
 
-std::optional<Bytes> transcodeJPEG(ByteView jpeg, int effort) try {
-  Bytes jxl = repacked(jpeg, effort);
-  requireRebuilding(jpeg, jxl);
+std::optional<Bytes> transcodeJPEG(ByteView jpeg, int effort, int threads) try {
+  Bytes jxl = repacked(jpeg, effort, threads);
+  requireRebuilding(jpeg, jxl, threads);
   return jxl;
 } catch (const std::exception&) {
   return std::nullopt;  // the caller encodes pixels instead

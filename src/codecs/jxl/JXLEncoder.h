@@ -20,7 +20,7 @@ Bytes encode(const RGBABuffer& rgba, bool hasAlpha, const EncodingPlan& plan);
 
 /// The JPEG in a JPEG XL container (ISO/IEC 18181-2) from which libjxl rebuilds the file bit for
 /// bit. Rebuilding has been tried; a JPEG that libjxl cannot transcode or rebuild gives nothing.
-/// `effort` is libjxl's.
-std::optional<Bytes> transcodeJPEG(ByteView jpeg, int effort);
+/// `effort` is libjxl's. Works on up to `threads` threads.
+std::optional<Bytes> transcodeJPEG(ByteView jpeg, int effort, int threads = 1);
 
 }  // namespace orvane::JXLEncoder

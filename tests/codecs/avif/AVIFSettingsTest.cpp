@@ -26,6 +26,20 @@ TEST(AVIFSettings, stayWithinTheLossyQuantizers) {
   }
 }
 
+TEST(AVIFSettings, cutsLargePicturesIntoTilesThatSeveralThreadsCanShare) {
+  const auto tiles = [](std::uint32_t width, std::uint32_t height) {
+    const AVIFSettings::Tiles cut = AVIFSettings::tiles(width, height);
+    return std::pair(cut.columnsLog2, cut.rowsLog2);
+  };
+  EXPECT_EQ(tiles(1, 1), std::pair(0, 0));
+  EXPECT_EQ(tiles(2000, 1500), std::pair(0, 0));
+  EXPECT_EQ(tiles(2000, 1501), std::pair(1, 0));
+  EXPECT_EQ(tiles(1501, 2000), std::pair(0, 1));
+  EXPECT_EQ(tiles(6000, 4000), std::pair(2, 1));
+  EXPECT_EQ(tiles(4000, 6000), std::pair(1, 2));
+  EXPECT_EQ(tiles(65536, 65536), std::pair(5, 6));
+}
+
 /// A picture of that class, flatness and share of edges.
 AVIFSettings::Content contentOf(ContentClass contentClass, double flat, double edges) {
   return AVIFSettings::contentOf(

@@ -17,8 +17,9 @@ namespace {
 
 using test::Pixel;
 
-Bytes encode(const Image& image, double quality = 0.75) {
-  return ImageDestination::of(ImageFormat::avif)->encode(image, test::measured(image), quality);
+Bytes encode(const Image& image, double quality = 0.75, int threads = 1) {
+  return ImageDestination::of(ImageFormat::avif)
+      ->encode(image, test::measured(image), quality, threads);
 }
 
 Image decode(ByteView file) { return avifReader.open(file)->image(); }
@@ -212,6 +213,14 @@ TEST(AVIFWriter, writesNoMetadataAndNoTransformation) {
 TEST(AVIFWriter, makesTheSameBytesEachTime) {
   const Image picture = test::noisyImage(70, 50);
   EXPECT_EQ(encode(picture), encode(picture));
+}
+
+TEST(AVIFWriter, makesTheSameBytesOnAnyNumberOfThreads) {
+  for (const Image& picture :
+       {test::gradientImage(2500, 1300), test::alphaGradientImage(1300, 2500)}) {
+    const Bytes file = encode(picture);
+    for (const int threads : {2, 3, 8}) EXPECT_EQ(encode(picture, 0.75, threads), file) << threads;
+  }
 }
 
 TEST(AVIFWriter, makesLargerAndTruerFilesAtHigherQuality) {

@@ -27,6 +27,12 @@ TEST(HEICSettings, codeColoursByRateFactorAndAlphaByAQuantizer) {
   EXPECT_EQ(alpha->internalCsp, X265_CSP_I400);
 }
 
+TEST(HEICSettings, letThreadsShareTheRowsOfLargePictures) {
+  EXPECT_EQ(HEICSettings::forColor({1000, 1000}, 23)->bEnableWavefront, 1);
+  EXPECT_EQ(HEICSettings::forAlpha({1000, 1000})->bEnableWavefront, 1);
+  EXPECT_EQ(HEICSettings::forColor({1000, 998}, 23)->bEnableWavefront, 0);
+}
+
 TEST(HEICSettings, startNoThreadsBesideTheOneThatCodes) {
   const X265Library::Param param = HEICSettings::forColor({640, 480}, 23);
   EXPECT_EQ(param->frameNumThreads, 1);

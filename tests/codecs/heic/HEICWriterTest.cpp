@@ -18,8 +18,9 @@ namespace {
 
 using test::Pixel;
 
-Bytes encode(const Image& image, double quality = 0.75) {
-  return ImageDestination::of(ImageFormat::heic)->encode(image, test::measured(image), quality);
+Bytes encode(const Image& image, double quality = 0.75, int threads = 1) {
+  return ImageDestination::of(ImageFormat::heic)
+      ->encode(image, test::measured(image), quality, threads);
 }
 
 Image decode(ByteView file) { return heicReader.open(file)->image(); }
@@ -193,6 +194,14 @@ TEST(HEICWriter, growsWithQuality) {
     const std::size_t size = encode(picture, quality).size();
     EXPECT_GT(size, last) << quality;
     last = size;
+  }
+}
+
+TEST(HEICWriter, givesTheSameBytesOnAnyNumberOfThreads) {
+  for (const Image& picture : {test::noisyImage(1300, 801), test::alphaGradientImage(801, 1300),
+                               test::noisyImage(90, 70)}) {
+    const Bytes file = encode(picture);
+    for (const int threads : {2, 3, 8}) EXPECT_EQ(encode(picture, 0.75, threads), file) << threads;
   }
 }
 

@@ -18,7 +18,7 @@ namespace {
 using test::Pixel;
 
 Bytes encode(const Image& image, double quality) {
-  return ImageDestination::of(ImageFormat::jpeg)->encode(image, test::measured(image), quality);
+  return ImageDestination::of(ImageFormat::jpeg)->encode(image, test::measured(image), quality, 1);
 }
 
 Image decode(ByteView file) { return ImageSource::create(file)->image(); }

@@ -12,6 +12,8 @@
 #include "support/JPEGBuilder.h"
 #include "support/JXLBuilder.h"
 #include "support/TestBuffers.h"
+#include "support/TestFiles.h"
+#include "support/TestImages.h"
 #include "support/TestProfiles.h"
 
 namespace orvane {
@@ -292,6 +294,23 @@ Bytes makeJPEG(const test::JPEGRecipe& recipe = {}) {
       test::drawImage(noise.width, noise.height, layout, AlphaKind::none, 8, nullptr,
                       [&](std::size_t x, std::size_t y) { return test::pixelAt(noise, x, y); }),
       recipe);
+}
+
+TEST(JXLEncoder, makesTheSameBytesOnAnyNumberOfThreads) {
+  const RGBABuffer buffer = randomBuffer(1100, 600);
+  for (EncodingPlan plan : {lossy(80), lossless}) {
+    const Bytes file = JXLEncoder::encode(buffer, buffer.hasAlpha, plan);
+    for (const int threads : {2, 3, 8}) {
+      plan.threads = threads;
+      EXPECT_EQ(JXLEncoder::encode(buffer, buffer.hasAlpha, plan), file) << threads;
+    }
+  }
+  const Bytes jpeg = test::jpegFile(test::noisyImage(1100, 600));
+  const auto transcoded = JXLEncoder::transcodeJPEG(jpeg, 7);
+  ASSERT_TRUE(transcoded);
+  for (const int threads : {2, 3, 8}) {
+    EXPECT_EQ(JXLEncoder::transcodeJPEG(jpeg, 7, threads), transcoded) << threads;
+  }
 }
 
 TEST(JXLEncoder, transcodesJPEGsSoThatTheyCanBeRebuilt) {
