@@ -15,6 +15,7 @@
 #include "platform/foundation/Files.h"
 #include "platform/foundation/LocalizedString.h"
 #include "platform/foundation/OpenFiles.h"
+#include "platform/foundation/ProcessInfo.h"
 #include "platform/foundation/ProcessTitle.h"
 #include "platform/foundation/TemporaryNames.h"
 #include "profiles/ProfileCommand.h"
@@ -40,9 +41,13 @@ ExitStatus runProfileCreation(const std::vector<std::string>& arguments) try {
 }
 
 /// Worker processes need Linux: its sealed memory above all.
-ImageCompressor::CompressSource sourceCompressor([[maybe_unused]] const ProcessTitle& title) {
+ImageCompressor::CompressSource sourceCompressor([[maybe_unused]] const Options& options,
+                                                 [[maybe_unused]] const ProcessTitle& title) {
 #ifdef __linux__
-  return WorkerPool::sourceCompressor(title);
+  return WorkerPool::sourceCompressor(
+      title, {.jobs = options.jobs,
+              .files = static_cast<std::int64_t>(options.inputPaths.size()),
+              .processors = ProcessInfo::activeProcessorCount()});
 #else
   return compressHere;
 #endif
@@ -54,7 +59,7 @@ std::vector<ImageCompressionResult> compressQuietly(const Options& options,
   const std::string total = "/" + std::to_string(options.inputPaths.size());
   std::size_t finished = 0;
   title.show(std::to_string(finished) + total);
-  const auto compress = [source = sourceCompressor(title)](const auto&... arguments) {
+  const auto compress = [source = sourceCompressor(options, title)](const auto&... arguments) {
     return ImageCompressor::compressUncommitted(arguments..., source);
   };
   const auto showProgress = [&](auto&&...) { title.show(std::to_string(++finished) + total); };

@@ -33,6 +33,9 @@ Cost costOf(ImageFormat format) {
   return {};
 }
 
+/// Bytes that a thread of an encoder takes: its stack, and what the encoder keeps for it.
+constexpr std::uint64_t threadMemory = std::uint64_t{16} << 20;
+
 std::uint64_t pixelsOf(const ImageSource& source) {
   return std::uint64_t{source.width()} * source.height();
 }
@@ -61,8 +64,9 @@ std::uint64_t encodingMemory(const ImageSource& source, ImageFormat format) {
 
 }  // namespace
 
-std::uint64_t memory(const ImageSource& source, ImageFormat format) {
-  return baseMemory + std::max(decodingMemory(source), encodingMemory(source, format));
+std::uint64_t memory(const ImageSource& source, ImageFormat format, int threads) {
+  return baseMemory + static_cast<std::uint64_t>(threads - 1) * threadMemory +
+         std::max(decodingMemory(source), encodingMemory(source, format));
 }
 
 std::uint64_t seconds(const ImageSource& source, ImageFormat format) {

@@ -18,8 +18,8 @@ inline constexpr std::uint64_t smallPicture = baseMemory + (std::uint64_t{8} << 
 /// small picture.
 inline constexpr std::uint64_t smallSeconds = 60;
 
-/// Bytes that the work takes at its most, beside the file's own.
-std::uint64_t memory(const ImageSource& source, ImageFormat format);
+/// Bytes that the work on so many threads takes at its most, beside the file's own.
+std::uint64_t memory(const ImageSource& source, ImageFormat format, int threads);
 
 /// Seconds of processor time for all of the work: ten times what two cores of 2020 were seen to
 /// take, and at least `smallSeconds`.

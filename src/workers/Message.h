@@ -21,8 +21,8 @@ struct Message {
 
     // From the first process to a worker.
     job,    ///< the descriptor is the source, to be read and encoded in `format` at `quality` with
-            ///< `bytes` of memory; `sourceSize` is 0 where it is not known; the payload is its
-            ///< name, to be shown
+            ///< `bytes` of memory, on up to `threads` threads; `sourceSize` is 0 where it is not
+            ///< known; the payload is its name, to be shown
     grant,  ///< go on with `bytes` of memory
 
     // From a worker, in the order of its work.
@@ -41,6 +41,7 @@ struct Message {
   std::int32_t process = 0;
   std::int32_t status = 0;
   std::int32_t errorNumber = 0;
+  std::int32_t threads = 1;
   std::uint64_t bytes = 0;
   std::uint64_t seconds = 0;
   std::int64_t sourceSize = 0;

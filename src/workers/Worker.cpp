@@ -98,12 +98,13 @@ class Worker {
     const auto sourceSize = static_cast<std::int64_t>(file.size());
     Compression compression(file, job.format, job.quality);
     const ImageSource& header = compression.source();
-    askFor(file.size() + JobCost::memory(header, job.format), JobCost::seconds(header, job.format));
+    askFor(file.size() + JobCost::memory(header, job.format, job.threads),
+           JobCost::seconds(header, job.format));
     compression.decode();
     channel_.send({.kind = Kind::decoded});
     failure_ = Failure::encoding;
     if (!compression.encodesFromFile()) file = Bytes();
-    const Bytes output = compression.encode();
+    const Bytes output = compression.encode(job.threads);
     const bool isShort = output.size() <= Channel::maximumPayload;
     const Descriptor memory = isShort ? Descriptor() : sealed(output);
     channel_.send({.kind = Kind::done, .bytes = output.size(), .sourceSize = sourceSize},

@@ -197,8 +197,9 @@ class WorkerPool::Conversation {
   Outcome outcome_;
 };
 
-WorkerPool::WorkerPool(const ProcessTitle& title, std::chrono::milliseconds patience)
-    : patience_(patience), factory_(title), budget_(memoryForFiles()) {
+WorkerPool::WorkerPool(const ProcessTitle& title, const ProcessorBudget::Run& run,
+                       std::chrono::milliseconds patience)
+    : patience_(patience), factory_(title), budget_(memoryForFiles()), processors_(run) {
 #ifdef M_ARENA_MAX
   // This process's threads mostly wait. A heap of its own for each would reserve 64 MiB of address
   // space.
@@ -206,8 +207,9 @@ WorkerPool::WorkerPool(const ProcessTitle& title, std::chrono::milliseconds pati
 #endif
 }
 
-ImageCompressor::CompressSource WorkerPool::sourceCompressor(const ProcessTitle& title) try {
-  return [pool = std::make_shared<WorkerPool>(title)](const auto&... arguments) {
+ImageCompressor::CompressSource WorkerPool::sourceCompressor(const ProcessTitle& title,
+                                                             const ProcessorBudget::Run& run) try {
+  return [pool = std::make_shared<WorkerPool>(title, run)](const auto&... arguments) {
     return pool->compress(arguments...);
   };
 } catch (const std::system_error&) {
@@ -215,36 +217,39 @@ ImageCompressor::CompressSource WorkerPool::sourceCompressor(const ProcessTitle&
 }
 
 CompressedFile WorkerPool::compress(const std::string& path, ImageFormat format, double quality) {
+  const ProcessorBudget::Share processors(processors_);
   const SourceFile source = SourceFile::open(path);
-  const std::string name = shownName(path);
-  Outcome outcome = attempt(source, name, format, quality, Company::others);
-  // An outcome without enough memory would depend on the other files at work. A pipe can be read
-  // only once.
+  Task task{shownName(path), format, quality, processors.threads()};
+  Outcome outcome = attempt(source, task, Company::others);
+  // An outcome without enough memory would depend on the other files at work, and on the threads. A
+  // pipe can be read only once.
   if (outcome.wasShortOfMemory && source.size() > 0) {
-    outcome = attempt(SourceFile::open(path), name, format, quality, Company::none);
+    task.threads = 1;
+    outcome = attempt(SourceFile::open(path), task, Company::none);
   }
   if (!outcome.file) std::rethrow_exception(outcome.error);
   return *std::move(outcome.file);
 }
 
-WorkerPool::Outcome WorkerPool::attempt(const SourceFile& source, const std::string& name,
-                                        ImageFormat format, double quality, Company company) {
+WorkerPool::Outcome WorkerPool::attempt(const SourceFile& source, const Task& task,
+                                        Company company) {
   const bool isAlone = company == Company::none;
   MemoryBudget::Share share(
       budget_, isAlone ? budget_.total() : std::min(firstShare(source, budget_), budget_.total()));
   const Message job{.kind = Kind::job,
-                    .format = format,
+                    .format = task.format,
+                    .threads = task.threads,
                     .bytes = limit(share),
                     .sourceSize = static_cast<std::int64_t>(source.size()),
-                    .quality = quality};
+                    .quality = task.quality};
   std::optional<Worker> worker = take(company);
-  while (worker && !worker->channel.send(job, source.descriptor(), asBytes(name))) {
+  while (worker && !worker->channel.send(job, source.descriptor(), asBytes(task.name))) {
     bury(*std::move(worker));  // it died while it was idle
     worker = take(company);
   }
   if (!worker) {
     share.exchange(0, budget_.total());
-    return {.file = compressOpenFile(source, format, quality)};
+    return {.file = compressOpenFile(source, task.format, task.quality)};
   }
   Outcome outcome = Conversation(*this, *worker, source, share, job).run();
   using State = Outcome::WorkerState;

@@ -13,6 +13,7 @@
 #include "platform/foundation/ProcessTitle.h"
 #include "platform/foundation/SourceFile.h"
 #include "workers/MemoryBudget.h"
+#include "workers/ProcessorBudget.h"
 #include "workers/WorkerFactory.h"
 
 namespace orvane {
@@ -24,12 +25,13 @@ class WorkerPool {
   /// Throws std::system_error where no processes can be had. To be called while the process has one
   /// thread. A worker that does nothing for longer than `patience` is given up with its file.
   /// Each worker shows the name of its file as its title.
-  explicit WorkerPool(const ProcessTitle& title = {},
+  explicit WorkerPool(const ProcessTitle& title = {}, const ProcessorBudget::Run& run = {},
                       std::chrono::milliseconds patience = std::chrono::minutes(1));
 
   /// Compresses with a pool of its own, or in this process where no others can be had. To be called
   /// while the process has one thread.
-  static ImageCompressor::CompressSource sourceCompressor(const ProcessTitle& title);
+  static ImageCompressor::CompressSource sourceCompressor(const ProcessTitle& title,
+                                                          const ProcessorBudget::Run& run);
 
   /// As compressHere: the same bytes, the same errors. This process does not look into the file.
   CompressedFile compress(const std::string& path, ImageFormat format, double quality);
@@ -40,10 +42,16 @@ class WorkerPool {
   struct Outcome;
   class Conversation;
 
-  /// One attempt; with `Company::none` it waits for all the memory there is. `name` is what the
-  /// worker shows.
-  Outcome attempt(const SourceFile& source, const std::string& name, ImageFormat format,
-                  double quality, Company company);
+  /// What a file is to become, and how.
+  struct Task {
+    std::string name;  ///< the worker shows it
+    ImageFormat format;
+    double quality;
+    int threads;  ///< that may work on it
+  };
+
+  /// One attempt; with `Company::none` it waits for all the memory there is.
+  Outcome attempt(const SourceFile& source, const Task& task, Company company);
 
   /// Bytes past which allocations of a worker with this share fail: an estimate that is a little
   /// too low costs no file.
@@ -62,6 +70,7 @@ class WorkerPool {
   const std::chrono::milliseconds patience_;
   WorkerFactory factory_;
   MemoryBudget budget_;
+  ProcessorBudget processors_;
   std::mutex mutex_;  ///< guards what follows
   std::condition_variable changed_;
   std::vector<Worker> idle_;

@@ -342,6 +342,29 @@ TEST_F(CompressionEndToEnd, givesTheSameBytesForEveryNumberOfJobs) {
   }
 }
 
+/// Where files are fewer than jobs, and for the last of a batch, threads share a picture.
+TEST_F(CompressionEndToEnd, givesTheSameBytesWhereThreadsShareAPicture) {
+  write("small.png", pngFile(test::noisyImage(90, 60)));
+  write("large.png", pngFile(test::noisyImage(2100, 1500)));
+  for (const ImageFormat format : ImageFormat::allCases) {
+    const std::string name(format.rawValue());
+    const std::string extension(format.fileExtension());
+    const auto large = [&](const std::string& output, Names arguments) {
+      arguments.insert(arguments.end(), {"--format", name, "--output", output});
+      reportOf(arguments);
+      return readFile(tool.folder / (output + "/large." + extension));
+    };
+    const Bytes alone = large(name + "1", {"large.png", "--jobs", "1"});
+    for (const std::string jobs : {"2", "8"}) {
+      EXPECT_EQ(large(name + jobs, {"large.png", "--jobs", jobs}), alone) << name << jobs;
+      EXPECT_EQ(large(name + "last" + jobs,
+                      {"small.png", "small.png", "small.png", "large.png", "--jobs", jobs}),
+                alone)
+          << name << jobs;
+    }
+  }
+}
+
 TEST_F(CompressionEndToEnd, keepsTheBytesOfABadName) {
   write("caf\xE9.png", pngFile(test::gradientImage(8, 8)));
   const std::string report = reportOf({"caf\xE9.png", "--output", "out", "--json"});

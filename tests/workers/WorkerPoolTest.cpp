@@ -61,6 +61,17 @@ TEST_F(WorkerPoolTest, givesTheBytesOfThisProcess) {
   }
 }
 
+TEST(WorkerPool, givesTheSameBytesWhereOneFileHasAllProcessors) {
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "a.png";
+  test::writeFile(path, test::pngFile(test::noisyImage(1300, 800)));
+  WorkerPool pool({}, {.jobs = 8, .files = 1, .processors = 8});
+  for (const ImageFormat format : ImageFormat::allCases) {
+    const CompressedFile file = pool.compress(path, format, 80);
+    EXPECT_EQ(bytesOf(file), bytesOf(compressHere(path, format, 80))) << format.rawValue();
+  }
+}
+
 TEST_F(WorkerPoolTest, usesAHealthyWorkerAgain) {
   const std::string path = picture();
   pool.compress(path, ImageFormat::jpeg, 80);
@@ -147,7 +158,7 @@ TEST_F(WorkerPoolTest, triesAFileOnceMoreWhoseWorkerWasKilled) {
 }
 
 TEST(WorkerPool, givesUpAWorkerThatDoesNothing) {
-  WorkerPool pool({}, std::chrono::milliseconds(100));
+  WorkerPool pool({}, {}, std::chrono::milliseconds(100));
   const test::TemporaryFolder folder;
   const std::string path = folder / "fifo.png";
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
