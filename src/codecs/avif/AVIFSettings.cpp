@@ -25,7 +25,7 @@ Content contentOf(const ImageCharacteristics& characteristics) {
 }
 
 Tiles tiles(std::uint32_t width, std::uint32_t height) {
-  constexpr std::uint64_t mostPixels = 3'000'000;
+  constexpr std::uint64_t mostPixels = 4'000'000;
   Tiles tiles;
   while ((std::uint64_t{width} >> tiles.columnsLog2) * (height >> tiles.rowsLog2) > mostPixels) {
     const bool isWide = (width >> tiles.columnsLog2) > (height >> tiles.rowsLog2);

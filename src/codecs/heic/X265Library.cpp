@@ -1,5 +1,6 @@
 #include "codecs/heic/X265Library.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <mutex>
 #include <stdexcept>
@@ -20,8 +21,10 @@ constexpr std::size_t baseBytes = std::size_t{8} << 20;
 constexpr std::size_t bytesPerPixel = 24;
 constexpr std::size_t padding = 96;
 
-/// For the stack of each thread, where the user has not set another limit.
+/// For the stack of each thread, where the user has not set another limit. The C library keeps five
+/// of those that threads have left for the next ones.
 constexpr std::size_t stackBytes = std::size_t{8} << 20;
+constexpr int keptStacks = 5;
 
 /// x265 waits forever for a thread that did not start: probe first. One thread codes the picture,
 /// and with wavefronts those of a pool do its rows. Returns how many threads there will be.
@@ -40,7 +43,7 @@ void requireMemory(const x265_param& param, int threads) {
   const auto padded = [](int side) { return static_cast<std::size_t>(side) + 2 * padding; };
   const std::size_t pixels = padded(param.sourceWidth) * padded(param.sourceHeight);
   Memory::require(baseBytes + pixels * bytesPerPixel +
-                  static_cast<std::size_t>(threads) * stackBytes);
+                  static_cast<std::size_t>(std::max(threads - keptStacks, 0)) * stackBytes);
 }
 
 }  // namespace

@@ -32,9 +32,9 @@ TEST(AVIFSettings, cutsLargePicturesIntoTilesThatSeveralThreadsCanShare) {
     return std::pair(cut.columnsLog2, cut.rowsLog2);
   };
   EXPECT_EQ(tiles(1, 1), std::pair(0, 0));
-  EXPECT_EQ(tiles(2000, 1500), std::pair(0, 0));
-  EXPECT_EQ(tiles(2000, 1501), std::pair(1, 0));
-  EXPECT_EQ(tiles(1501, 2000), std::pair(0, 1));
+  EXPECT_EQ(tiles(2000, 2000), std::pair(0, 0));
+  EXPECT_EQ(tiles(2001, 2000), std::pair(1, 0));
+  EXPECT_EQ(tiles(2000, 2001), std::pair(0, 1));
   EXPECT_EQ(tiles(6000, 4000), std::pair(2, 1));
   EXPECT_EQ(tiles(4000, 6000), std::pair(1, 2));
   EXPECT_EQ(tiles(65536, 65536), std::pair(5, 6));
