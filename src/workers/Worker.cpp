@@ -41,6 +41,14 @@ void limitData([[maybe_unused]] std::uint64_t bytes) {
 #endif
 }
 
+/// A heap of its own for each thread reserves 64 MiB of address space. Only threads that share a
+/// picture are faster with it.
+void shareHeap([[maybe_unused]] int threads) {
+#ifdef M_ARENA_MAX
+  mallopt(M_ARENA_MAX, threads == 1 ? 1 : 0);
+#endif
+}
+
 /// Private writable bytes of this process (proc(5): the field "data").
 std::uint64_t dataBytes() {
   std::ifstream statm("/proc/self/statm");
@@ -94,6 +102,7 @@ class Worker {
 
   void compress(const Message& job, const SourceFile& source) {
     permit(job.bytes);
+    shareHeap(job.threads);
     Bytes file = source.readWhole();
     const auto sourceSize = static_cast<std::int64_t>(file.size());
     Compression compression(file, job.format, job.quality);
