@@ -345,7 +345,7 @@ TEST_F(CompressionEndToEnd, givesTheSameBytesForEveryNumberOfJobs) {
 /// Where files are fewer than jobs, and for the last of a batch, threads share a picture.
 TEST_F(CompressionEndToEnd, givesTheSameBytesWhereThreadsShareAPicture) {
   write("small.png", pngFile(test::noisyImage(90, 60)));
-  write("large.png", pngFile(test::noisyImage(2100, 1500)));
+  write("large.png", pngFile(test::noisyImage(2100, 2000)));
   for (const ImageFormat format : ImageFormat::allCases) {
     const std::string name(format.rawValue());
     const std::string extension(format.fileExtension());
