@@ -1,0 +1,97 @@
+#include "codecs/look/OpponentPlanes.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+
+namespace orvane {
+namespace {
+
+std::array<float, 256> makeDecodingTable() {
+  std::array<float, 256> table;
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    const double value = static_cast<double>(i) / 255;
+    table[i] = static_cast<float>(value <= 0.04045 ? value / 12.92
+                                                   : std::pow((value + 0.055) / 1.055, 2.4));
+  }
+  return table;
+}
+
+Plane halved(const Plane& plane) {
+  Plane half((plane.width + 1) / 2, (plane.height + 1) / 2);
+  for (std::size_t y = 0; y < half.height; ++y) {
+    const float* const upper = plane.row(y * 2);
+    const float* const lower = plane.row(std::min(y * 2 + 1, plane.height - 1));
+    float* const out = half.row(y);
+    for (std::size_t x = 0; x < plane.width / 2; ++x) {
+      out[x] = (upper[x * 2] + upper[x * 2 + 1] + lower[x * 2] + lower[x * 2 + 1]) / 4;
+    }
+    if (plane.width % 2 == 1) {
+      out[half.width - 1] = (upper[plane.width - 1] + lower[plane.width - 1]) / 2;
+    }
+  }
+  return half;
+}
+
+/// The cube root of a positive number, within two units in the last place or so.
+float cubeRoot(float value) {
+  float root = std::bit_cast<float>(std::bit_cast<std::uint32_t>(value) / 3 + 0x2A514067U);
+  for (int i = 0; i < 2; ++i) {  // Halley's iteration
+    const float cube = root * root * root;
+    root *= (cube + 2 * value) / (2 * cube + value);
+  }
+  return root;
+}
+
+constexpr float bias = 0.0037930732552754493F;
+constexpr float biasRoot = 0.1559542025327239F;
+
+}  // namespace
+
+LinearPlanes linearPlanes(const Image& image) {
+  const std::array<float, 256> table = makeDecodingTable();
+  LinearPlanes planes{Plane(image.width, image.height), Plane(image.width, image.height),
+                      Plane(image.width, image.height)};
+  for (std::size_t y = 0; y < image.height; ++y) {
+    const std::uint8_t* const row = image.row(y);
+    for (std::size_t channel = 0; channel < planes.size(); ++channel) {
+      float* const out = planes[channel].row(y);
+      for (std::size_t x = 0; x < image.width; ++x) out[x] = table[row[x * 4 + channel]];
+    }
+  }
+  return planes;
+}
+
+LinearPlanes halved(const LinearPlanes& planes) {
+  return {halved(planes[0]), halved(planes[1]), halved(planes[2])};
+}
+
+Plane opponentPlane(const LinearPlanes& linear, OpponentChannel channel) {
+  Plane plane(linear[0].width, linear[0].height);
+  const float* const red = linear[0].samples.data();
+  const float* const green = linear[1].samples.data();
+  const float* const blue = linear[2].samples.data();
+  float* const out = plane.samples.data();
+  for (std::size_t i = 0; i < plane.samples.size(); ++i) {
+    const float longWaves =
+        cubeRoot(0.3F * red[i] + 0.622F * green[i] + 0.078F * blue[i] + bias) - biasRoot;
+    const float mediumWaves =
+        cubeRoot(0.23F * red[i] + 0.692F * green[i] + 0.078F * blue[i] + bias) - biasRoot;
+    const float mean = (longWaves + mediumWaves) / 2;
+    if (channel == OpponentChannel::redGreen) {
+      out[i] = (longWaves - mediumWaves) * 7 + 0.42F;
+    } else if (channel == OpponentChannel::luma) {
+      out[i] = mean + 0.01F;
+    } else {
+      const float shortWaves =
+          cubeRoot(0.24342268924547819F * red[i] + 0.20476744424496821F * green[i] +
+                   0.5518098665095536F * blue[i] + bias) -
+          biasRoot;
+      out[i] = shortWaves - mean + 0.55F;
+    }
+  }
+  return plane;
+}
+
+}  // namespace orvane
