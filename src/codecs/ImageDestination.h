@@ -3,6 +3,8 @@
 #include <stdexcept>
 
 #include "codecs/PictureMeasurements.h"
+#include "codecs/QualityTable.h"
+#include "codecs/look/PictureSample.h"
 #include "picture/ImageFormat.h"
 #include "platform/foundation/Bytes.h"
 #include "platform/graphics/Image.h"
@@ -33,6 +35,11 @@ struct ImageDestination {
   /// UnwritableImage, std::bad_alloc.
   Bytes (*encode)(const Image& image, const PictureMeasurements& measurements, double quality,
                   int threads);
+
+  BandWidths sampleBands;  ///< at least as wide as the blocks that the encoder works on
+
+  /// The mean score of photographs' samples at each quality.
+  std::span<const QualityPoint> (*sampleScores)();
 
   /// The destination for JPEG, HEIC or AVIF; none for the other formats.
   static const ImageDestination* of(ImageFormat format);

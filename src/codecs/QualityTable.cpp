@@ -34,6 +34,22 @@ constexpr QualityPoint heicRateFactorTable[]{
     {0.75, 28.23}, {0.80, 26.24}, {0.85, 23.78}, {0.90, 20.3},  {0.95, 13.6},  {1.00, 11.5},
 };
 
+constexpr QualityPoint jpegSampleScoreTable[]{
+    {0.00, 33},   {0.30, 49.3}, {0.40, 55.8}, {0.50, 61.3}, {0.60, 66.7}, {0.70, 72.2}, {0.75, 75},
+    {0.80, 78.4}, {0.85, 82.3}, {0.90, 86.6}, {0.95, 91.6}, {0.98, 95.4}, {1.00, 97},
+};
+
+constexpr QualityPoint avifSampleScoreTable[]{
+    {0.00, 8},    {0.30, 45.9}, {0.40, 52.9}, {0.50, 59}, {0.60, 65},
+    {0.70, 71.1}, {0.75, 74.2}, {0.80, 77.9}, {0.85, 82}, {0.90, 86.7},
+    {0.95, 91.8}, {0.98, 95.6}, {1.00, 98},
+};
+
+constexpr QualityPoint heicSampleScoreTable[]{
+    {0.00, 17},   {0.30, 49.8}, {0.40, 56.3}, {0.50, 61.9}, {0.60, 67.3}, {0.70, 72.9},
+    {0.75, 75.8}, {0.80, 79.1}, {0.85, 83},   {0.90, 87.4}, {0.95, 92.2}, {1.00, 93.5},
+};
+
 }  // namespace
 
 namespace QualityTables {
@@ -44,6 +60,9 @@ std::span<const QualityPoint> avifQuantizerTunedForImages() {
   return avifQuantizerTunedForImagesTable;
 }
 std::span<const QualityPoint> heicRateFactor() { return heicRateFactorTable; }
+std::span<const QualityPoint> jpegSampleScore() { return jpegSampleScoreTable; }
+std::span<const QualityPoint> avifSampleScore() { return avifSampleScoreTable; }
+std::span<const QualityPoint> heicSampleScore() { return heicSampleScoreTable; }
 
 }  // namespace QualityTables
 
@@ -54,6 +73,15 @@ double settingAt(std::span<const QualityPoint> table, double quality) {
   const QualityPoint& below = *(above - 1);
   return std::lerp(below.setting, above->setting,
                    (quality - below.quality) / (above->quality - below.quality));
+}
+
+double qualityAt(std::span<const QualityPoint> table, double setting) {
+  const auto above = std::ranges::upper_bound(table, setting, {}, &QualityPoint::setting);
+  if (above == table.begin() || std::isnan(setting)) return table.front().quality;
+  if (above == table.end()) return table.back().quality;
+  const QualityPoint& below = *(above - 1);
+  return std::lerp(below.quality, above->quality,
+                   (setting - below.setting) / (above->setting - below.setting));
 }
 
 }  // namespace orvane

@@ -23,9 +23,17 @@ std::span<const QualityPoint> avifQuantizerTunedForImages();  ///< libaom 3.12 o
 /// x265's constant rate factor.
 std::span<const QualityPoint> heicRateFactor();
 
+/// The mean scores, 0…100, that samples of photographs (see PictureSample) have at these settings.
+std::span<const QualityPoint> jpegSampleScore();
+std::span<const QualityPoint> avifSampleScore();
+std::span<const QualityPoint> heicSampleScore();
+
 }  // namespace QualityTables
 
 /// Interpolates between the two nearest points. Qualities outside 0…1 are clamped; NaN counts as 0.
 double settingAt(std::span<const QualityPoint> table, double quality);
+
+/// The inverse for a table whose settings rise. Settings outside it are clamped.
+double qualityAt(std::span<const QualityPoint> table, double setting);
 
 }  // namespace orvane

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "codecs/ImageDestination.h"
+#include "codecs/look/Look.h"
 #include "picture/ImageProcessingError.h"
 #include "platform/foundation/Precondition.h"
 #include "platform/graphics/Flatten.h"
@@ -40,8 +41,11 @@ Bytes encode(const Image& image, bool hasAlpha, ImageFormat format, const Encodi
   const auto* lossy = std::get_if<EncodingPlan::Lossy>(&plan.mode);
   if (lossy == nullptr) throw ImageProcessingError::encodingFailed(format);
   const Image encoded = encodedImage(image, hasAlpha, *destination);
-  return destination->encode(encoded, measure(encoded, characteristics),
-                             destinationQuality(lossy->quality, *destination), plan.threads);
+  const PictureMeasurements measurements = measure(encoded, characteristics);
+  const double quality = destinationQuality(lossy->quality, *destination);
+  return destination->encode(encoded, measurements,
+                             qualityForLook(*destination, encoded, measurements, quality),
+                             plan.threads);
 } catch (const UnwritableImage&) {
   throw ImageProcessingError::encodingFailed(format);
 }

@@ -23,6 +23,20 @@ TEST(QualityTable, takesQualitiesOutsideForTheNearest) {
   EXPECT_DOUBLE_EQ(settingAt(line, std::nan("")), 50);
 }
 
+constexpr QualityPoint rising[]{{0, 20}, {0.5, 60}, {1, 100}};
+
+TEST(QualityTable, findsTheQualityOfASetting) {
+  EXPECT_DOUBLE_EQ(qualityAt(rising, 20), 0);
+  EXPECT_DOUBLE_EQ(qualityAt(rising, 50), 0.375);
+  EXPECT_DOUBLE_EQ(qualityAt(rising, 100), 1);
+}
+
+TEST(QualityTable, takesSettingsOutsideForTheNearest) {
+  EXPECT_DOUBLE_EQ(qualityAt(rising, -300), 0);
+  EXPECT_DOUBLE_EQ(qualityAt(rising, 101), 1);
+  EXPECT_DOUBLE_EQ(qualityAt(rising, std::nan("")), 0);
+}
+
 class EveryQualityTable : public testing::TestWithParam<std::span<const QualityPoint> (*)()> {};
 
 TEST_P(EveryQualityTable, goesFromZeroToOneAndGetsFinerAllTheWay) {
@@ -40,6 +54,23 @@ INSTANTIATE_TEST_SUITE_P(QualityTables, EveryQualityTable,
                          testing::Values(QualityTables::jpegStepScale, QualityTables::avifQuantizer,
                                          QualityTables::avifQuantizerTunedForImages,
                                          QualityTables::heicRateFactor));
+
+class EverySampleScoreTable : public testing::TestWithParam<std::span<const QualityPoint> (*)()> {};
+
+TEST_P(EverySampleScoreTable, risesAllTheWay) {
+  const auto table = GetParam()();
+  EXPECT_EQ(table.front().quality, 0);
+  EXPECT_EQ(table.back().quality, 1);
+  for (std::size_t i = 1; i < table.size(); ++i) {
+    EXPECT_GT(table[i].quality, table[i - 1].quality);
+    EXPECT_GT(table[i].setting, table[i - 1].setting);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(QualityTables, EverySampleScoreTable,
+                         testing::Values(QualityTables::jpegSampleScore,
+                                         QualityTables::avifSampleScore,
+                                         QualityTables::heicSampleScore));
 
 }  // namespace
 }  // namespace orvane

@@ -155,6 +155,9 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
 const ImageDestination avifDestination{.alpha = ImageDestination::Alpha::kept,
                                        // Deliberately never the best setting.
                                        .maximumQuality = 0.99,
-                                       .encode = encode};
+                                       .encode = encode,
+                                       // libaom codes pictures of 720 rows and more in another way.
+                                       .sampleBands = {.ofSmall = 128, .ofLarge = 256},
+                                       .sampleScores = QualityTables::avifSampleScore};
 
 }  // namespace orvane

@@ -132,7 +132,10 @@ Bytes encode(const Image& image, const PictureMeasurements&, double quality, int
 
 }  // namespace
 
-const ImageDestination heicDestination{
-    .alpha = ImageDestination::Alpha::kept, .maximumQuality = 1, .encode = encode};
+const ImageDestination heicDestination{.alpha = ImageDestination::Alpha::kept,
+                                       .maximumQuality = 1,
+                                       .encode = encode,
+                                       .sampleBands = {.ofSmall = 64, .ofLarge = 64},
+                                       .sampleScores = QualityTables::heicSampleScore};
 
 }  // namespace orvane

@@ -66,7 +66,10 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
 
 }  // namespace
 
-const ImageDestination jpegDestination{
-    .alpha = ImageDestination::Alpha::none, .maximumQuality = 1, .encode = encode};
+const ImageDestination jpegDestination{.alpha = ImageDestination::Alpha::none,
+                                       .maximumQuality = 1,
+                                       .encode = encode,
+                                       .sampleBands = {.ofSmall = 64, .ofLarge = 64},
+                                       .sampleScores = QualityTables::jpegSampleScore};
 
 }  // namespace orvane

@@ -1,0 +1,96 @@
+#include "codecs/look/Look.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "codecs/ImageSource.h"
+#include "codecs/QualityTable.h"
+#include "codecs/look/PictureSample.h"
+#include "codecs/look/StructuralScore.h"
+#include "platform/graphics/RowRenderer.h"
+
+namespace orvane {
+namespace {
+
+/// How far, in points of the score, a picture may be off before a second sample is encoded.
+constexpr double farOff = 3;
+
+bool isGraphics(const ImageCharacteristics& characteristics) {
+  return characteristics.contentClass < ContentClass::photo;
+}
+
+/// How far a picture may look better than photographs do on the mean. A sample says less about
+/// screens and drawings, and about pictures without grain: the seams between its bands hide losses,
+/// the more the narrower the bands are.
+double marginFor(const ImageCharacteristics& characteristics, BandWidths bands) {
+  constexpr double graphicsMargin = 1.5;
+  constexpr double grain = 4;                // noise from which on seams are nothing special
+  constexpr double seamsWithoutGrain = 333;  // points for bands of one pixel
+  const double smoothness = std::max(1 - characteristics.noiseLevel / grain, 0.0);
+  return std::max(isGraphics(characteristics) ? graphicsMargin : 0,
+                  smoothness * seamsWithoutGrain / static_cast<double>(bands.ofLarge));
+}
+
+/// Encodes a picture at a quality and scores what it shows then.
+class Sampling {
+ public:
+  Sampling(const ImageDestination& destination, const Image& sample,
+           const PictureMeasurements& measurements)
+      : destination_(destination), sample_(sample), measurements_(measurements) {}
+
+  double scoreAt(double quality) const {
+    const Bytes file = destination_.encode(sample_, measurements_, quality, 1);
+    const Image coded = ImageSource::create(file)->image();
+    return structuralScore(sample_, rendered(coded, sample_.colorSpace, 8));
+  }
+
+ private:
+  const ImageDestination& destination_;
+  const Image& sample_;
+  const PictureMeasurements& measurements_;
+};
+
+/// One sample's result: the mean score of photographs at a quality, and this picture's.
+struct Point {
+  double mean;
+  double score;
+};
+
+/// The mean score at which this picture's is `aim`, on the line through two points.
+double meanFor(double aim, Point first, Point second) {
+  const double slope = (second.score - first.score) / (second.mean - first.mean);
+  return second.mean + (aim - second.score) / std::clamp(slope, 0.5, 2.0);
+}
+
+/// The quality at which the score lies between the mean at `quality` and `margin` above it.
+double movedQuality(const Sampling& sampling, std::span<const QualityPoint> means, double quality,
+                    double margin) {
+  const Point first{settingAt(means, quality), sampling.scoreAt(quality)};
+  const double aim = std::clamp(first.score, first.mean, first.mean + margin);
+  // As if this picture's scores rose as the mean does.
+  const double guess = qualityAt(means, first.mean + aim - first.score);
+  if (std::abs(aim - first.score) < farOff || guess == quality) return guess;
+  const Point second{settingAt(means, guess), sampling.scoreAt(guess)};
+  return qualityAt(means, meanFor(aim, first, second));
+}
+
+}  // namespace
+
+double qualityForLook(const ImageDestination& destination, const Image& image,
+                      const PictureMeasurements& measurements, double quality) try {
+  const auto sample = sampleOf(image, destination.sampleBands);
+  if (!sample) return quality;
+  const Sampling sampling(destination, *sample, measurements);
+  const ImageCharacteristics& characteristics = measurements.characteristics;
+  const double moved = movedQuality(sampling, destination.sampleScores(), quality,
+                                    marginFor(characteristics, destination.sampleBands));
+  // The finest settings are for those who ask for them.
+  const double kept = std::lerp(quality, moved, std::min((1 - quality) / 0.05, 1.0));
+  return isGraphics(characteristics) ? std::min(quality, kept) : kept;
+} catch (const UnwritableImage&) {
+  return quality;
+} catch (const UnreadableImage&) {
+  return quality;
+}
+
+}  // namespace orvane
