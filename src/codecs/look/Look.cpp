@@ -25,7 +25,7 @@ bool isGraphics(const ImageCharacteristics& characteristics) {
 double marginFor(const ImageCharacteristics& characteristics, BandWidths bands) {
   constexpr double graphicsMargin = 1.5;
   constexpr double grain = 4;                // noise from which on seams are nothing special
-  constexpr double seamsWithoutGrain = 333;  // points for bands of one pixel
+  constexpr double seamsWithoutGrain = 240;  // points for bands of one pixel
   const double smoothness = std::max(1 - characteristics.noiseLevel / grain, 0.0);
   return std::max(isGraphics(characteristics) ? graphicsMargin : 0,
                   smoothness * seamsWithoutGrain / static_cast<double>(bands.ofLarge));
