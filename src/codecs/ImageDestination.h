@@ -36,7 +36,7 @@ struct ImageDestination {
   Bytes (*encode)(const Image& image, const PictureMeasurements& measurements, double quality,
                   int threads);
 
-  BandWidths sampleBands;  ///< at least as wide as the blocks that the encoder works on
+  SampleShape sampleShape;  ///< bands are at least as wide as the encoder's largest blocks
 
   /// The mean score of photographs' samples at each quality.
   std::span<const QualityPoint> (*sampleScores)();

@@ -152,12 +152,13 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
 
 }  // namespace
 
-const ImageDestination avifDestination{.alpha = ImageDestination::Alpha::kept,
-                                       // Deliberately never the best setting.
-                                       .maximumQuality = 0.99,
-                                       .encode = encode,
-                                       // libaom codes pictures of 720 rows and more in another way.
-                                       .sampleBands = {.ofSmall = 128, .ofLarge = 256},
-                                       .sampleScores = QualityTables::avifSampleScore};
+const ImageDestination avifDestination{
+    .alpha = ImageDestination::Alpha::kept,
+    // Deliberately never the best setting.
+    .maximumQuality = 0.99,
+    .encode = encode,
+    // libaom codes pictures of 720 rows and more in another way.
+    .sampleShape = {.band = 128, .bandOfLarge = 256, .mostPixels = 600'000},
+    .sampleScores = QualityTables::avifSampleScore};
 
 }  // namespace orvane

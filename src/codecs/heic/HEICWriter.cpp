@@ -132,10 +132,11 @@ Bytes encode(const Image& image, const PictureMeasurements&, double quality, int
 
 }  // namespace
 
-const ImageDestination heicDestination{.alpha = ImageDestination::Alpha::kept,
-                                       .maximumQuality = 1,
-                                       .encode = encode,
-                                       .sampleBands = {.ofSmall = 64, .ofLarge = 64},
-                                       .sampleScores = QualityTables::heicSampleScore};
+const ImageDestination heicDestination{
+    .alpha = ImageDestination::Alpha::kept,
+    .maximumQuality = 1,
+    .encode = encode,
+    .sampleShape = {.band = 64, .bandOfLarge = 64, .mostPixels = 600'000},
+    .sampleScores = QualityTables::heicSampleScore};
 
 }  // namespace orvane

@@ -66,10 +66,11 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
 
 }  // namespace
 
-const ImageDestination jpegDestination{.alpha = ImageDestination::Alpha::none,
-                                       .maximumQuality = 1,
-                                       .encode = encode,
-                                       .sampleBands = {.ofSmall = 64, .ofLarge = 64},
-                                       .sampleScores = QualityTables::jpegSampleScore};
+const ImageDestination jpegDestination{
+    .alpha = ImageDestination::Alpha::none,
+    .maximumQuality = 1,
+    .encode = encode,
+    .sampleShape = {.band = 64, .bandOfLarge = 64, .mostPixels = 250'000},
+    .sampleScores = QualityTables::jpegSampleScore};
 
 }  // namespace orvane

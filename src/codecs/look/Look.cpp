@@ -22,13 +22,13 @@ bool isGraphics(const ImageCharacteristics& characteristics) {
 /// How far a picture may look better than photographs do on the mean. A sample says less about
 /// screens and drawings, and about pictures without grain: the seams between its bands hide losses,
 /// the more the narrower the bands are.
-double marginFor(const ImageCharacteristics& characteristics, BandWidths bands) {
+double marginFor(const ImageCharacteristics& characteristics, const SampleShape& shape) {
   constexpr double graphicsMargin = 1.5;
   constexpr double grain = 4;                // noise from which on seams are nothing special
   constexpr double seamsWithoutGrain = 240;  // points for bands of one pixel
   const double smoothness = std::max(1 - characteristics.noiseLevel / grain, 0.0);
   return std::max(isGraphics(characteristics) ? graphicsMargin : 0,
-                  smoothness * seamsWithoutGrain / static_cast<double>(bands.ofLarge));
+                  smoothness * seamsWithoutGrain / static_cast<double>(shape.bandOfLarge));
 }
 
 /// Encodes a picture at a quality and scores what it shows then.
@@ -78,12 +78,12 @@ double movedQuality(const Sampling& sampling, std::span<const QualityPoint> mean
 
 double qualityForLook(const ImageDestination& destination, const Image& image,
                       const PictureMeasurements& measurements, double quality) try {
-  const auto sample = sampleOf(image, destination.sampleBands);
+  const auto sample = sampleOf(image, destination.sampleShape);
   if (!sample) return quality;
   const Sampling sampling(destination, *sample, measurements);
   const ImageCharacteristics& characteristics = measurements.characteristics;
   const double moved = movedQuality(sampling, destination.sampleScores(), quality,
-                                    marginFor(characteristics, destination.sampleBands));
+                                    marginFor(characteristics, destination.sampleShape));
   // The finest settings are for those who ask for them.
   const double kept = std::lerp(quality, moved, std::min((1 - quality) / 0.05, 1.0));
   return isGraphics(characteristics) ? std::min(quality, kept) : kept;

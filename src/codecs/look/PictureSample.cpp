@@ -10,9 +10,6 @@
 namespace orvane {
 namespace {
 
-/// Pixels of the sample of a picture of so many pixels.
-double samplePixels(double pixels) { return std::min(pixels / 3, 600'000.0); }
-
 std::size_t countOf(double bands, std::size_t length, std::size_t side) {
   return std::clamp<std::size_t>(static_cast<std::size_t>(std::lround(bands)), 1, length / side);
 }
@@ -30,15 +27,16 @@ std::vector<std::size_t> bands(std::size_t count, std::size_t length, std::size_
 
 }  // namespace
 
-std::optional<Image> sampleOf(const Image& image, BandWidths widths) {
+std::optional<Image> sampleOf(const Image& image, const SampleShape& shape) {
   OpaqueRows rows(image);
   constexpr std::size_t largePicture = 1'500'000;  // pixels
   const bool isLarge = rows.width() * rows.height() >= largePicture;
-  const std::size_t side = isLarge ? widths.ofLarge : widths.ofSmall;
+  const std::size_t side = isLarge ? shape.bandOfLarge : shape.band;
   if (std::min(rows.width(), rows.height()) < side) return std::nullopt;
   const auto width = static_cast<double>(rows.width());
   const auto height = static_cast<double>(rows.height());
-  const double squares = samplePixels(width * height) / static_cast<double>(side * side);
+  const double pixels = std::min(width * height / 3, static_cast<double>(shape.mostPixels));
+  const double squares = pixels / static_cast<double>(side * side);
   const std::size_t columns = countOf(std::sqrt(squares * width / height), rows.width(), side);
   const std::size_t lines = countOf(squares / static_cast<double>(columns), rows.height(), side);
   if (columns * lines < 4) return std::nullopt;

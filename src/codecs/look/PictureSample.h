@@ -7,18 +7,21 @@
 
 namespace orvane {
 
-/// In pixels; multiples of 16.
-struct BandWidths {
-  std::size_t ofSmall;  ///< of pictures of less than 1.5 megapixels
-  std::size_t ofLarge;
+/// What an encoder's samples are like, in pixels. Wider bands have fewer seams, narrower ones tell
+/// more of the picture.
+struct SampleShape {
+  std::size_t band;         ///< a multiple of 16, for pictures of less than 1.5 megapixels
+  std::size_t bandOfLarge;  ///< the same for larger pictures
+  std::size_t mostPixels;   ///< of a sample, as near as whole squares come
 };
 
 /// A small picture that looks as a large one does when it is coded: bands of columns and rows of
 /// it, evenly spread, put side by side. Bands begin at multiples of 16, so that blocks of earlier
 /// coding stay whole.
 ///
-/// Gives the opaque 8-bit rendering into the picture's rendering space of a third of the pixels, at
-/// most some 600 000. Absent for pictures too small for four squares. Throws std::bad_alloc.
-std::optional<Image> sampleOf(const Image& image, BandWidths widths);
+/// Gives the opaque 8-bit rendering into the picture's rendering space of a third of the pixels, or
+/// of as many as the shape allows. Absent for pictures too small for four squares. Throws
+/// std::bad_alloc.
+std::optional<Image> sampleOf(const Image& image, const SampleShape& shape);
 
 }  // namespace orvane

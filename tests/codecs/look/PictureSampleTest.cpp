@@ -19,7 +19,7 @@ Image places(std::size_t width, std::size_t height) {
       });
 }
 
-constexpr BandWidths bands{.ofSmall = 64, .ofLarge = 128};
+constexpr SampleShape shape{.band = 64, .bandOfLarge = 128, .mostPixels = 600'000};
 
 std::size_t leftOf(const Image& sample, std::size_t x, std::size_t y) {
   const test::Pixel pixel = test::pixelAt(sample, x, y);
@@ -27,7 +27,7 @@ std::size_t leftOf(const Image& sample, std::size_t x, std::size_t y) {
 }
 
 TEST(PictureSample, takesBandsThatBeginAtMultiplesOfSixteen) {
-  const auto sample = sampleOf(places(768, 512), bands);
+  const auto sample = sampleOf(places(768, 512), shape);
   ASSERT_TRUE(sample);
   EXPECT_TRUE(isOpaqueRendering(*sample));
   EXPECT_EQ(sample->width % 64, 0u);
@@ -43,37 +43,37 @@ TEST(PictureSample, takesBandsThatBeginAtMultiplesOfSixteen) {
 }
 
 TEST(PictureSample, holdsAThirdOfASmallPictureAndLessOfALargeOne) {
-  const auto small = sampleOf(places(768, 512), bands);
-  const auto large = sampleOf(places(4000, 3000), bands);
+  const auto small = sampleOf(places(768, 512), shape);
+  const auto large = sampleOf(places(4000, 3000), shape);
   ASSERT_TRUE(small && large);
   EXPECT_NEAR(static_cast<double>(small->width * small->height), 131'000, 15'000);
   EXPECT_NEAR(static_cast<double>(large->width * large->height), 600'000, 40'000);
 }
 
 TEST(PictureSample, hasTheBandsOfLargePicturesFromAMegapixelAndAHalfOn) {
-  const auto below = sampleOf(places(1499, 1000), bands);
-  const auto above = sampleOf(places(1500, 1000), bands);
+  const auto below = sampleOf(places(1499, 1000), shape);
+  const auto above = sampleOf(places(1500, 1000), shape);
   ASSERT_TRUE(below && above);
   EXPECT_NE(leftOf(*below, 64, 0), leftOf(*below, 63, 0) + 1);
   EXPECT_EQ(leftOf(*above, 64, 0), leftOf(*above, 63, 0) + 1);
 }
 
 TEST(PictureSample, isAbsentForPicturesTooSmallForBands) {
-  EXPECT_FALSE(sampleOf(places(63, 4000), bands));
-  EXPECT_FALSE(sampleOf(places(200, 63), bands));
-  EXPECT_FALSE(sampleOf(places(130, 65), bands));
-  EXPECT_TRUE(sampleOf(places(64, 256), bands));
+  EXPECT_FALSE(sampleOf(places(63, 4000), shape));
+  EXPECT_FALSE(sampleOf(places(200, 63), shape));
+  EXPECT_FALSE(sampleOf(places(130, 65), shape));
+  EXPECT_TRUE(sampleOf(places(64, 256), shape));
 }
 
 TEST(PictureSample, staysWithinNarrowPictures) {
-  const auto sample = sampleOf(places(64, 4000), bands);
+  const auto sample = sampleOf(places(64, 4000), shape);
   ASSERT_TRUE(sample);
   EXPECT_EQ(sample->width, 64u);
   EXPECT_GE(sample->height, 1024u);
 }
 
 TEST(PictureSample, isOpaqueAndInTheRenderingSpace) {
-  const auto sample = sampleOf(test::alphaGradientImage(400, 300), bands);
+  const auto sample = sampleOf(test::alphaGradientImage(400, 300), shape);
   ASSERT_TRUE(sample);
   EXPECT_TRUE(isOpaqueRendering(*sample));
   EXPECT_TRUE(sample->colorSpace->isSRGB());
