@@ -83,7 +83,7 @@ TEST_P(EveryDestination, staysWithinTheQualitiesThatThereAre) {
 
 INSTANTIATE_TEST_SUITE_P(Look, EveryDestination,
                          testing::Values(ImageFormat::jpeg, ImageFormat::heic, ImageFormat::avif),
-                         [](const auto& info) { return std::string(info.param.fileExtension()); });
+                         [](const auto& row) { return std::string(row.param.fileExtension()); });
 
 }  // namespace
 }  // namespace orvane
