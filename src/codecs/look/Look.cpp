@@ -23,7 +23,7 @@ bool isGraphics(const ImageCharacteristics& characteristics) {
 /// screens and drawings, and about pictures without grain: the seams between its bands hide losses,
 /// the more the narrower the bands are.
 double marginFor(const ImageCharacteristics& characteristics, const SampleShape& shape) {
-  constexpr double graphicsMargin = 1.5;
+  constexpr double graphicsMargin = 0.8;
   constexpr double grain = 4;                // noise from which on seams are nothing special
   constexpr double seamsWithoutGrain = 240;  // points for bands of one pixel
   const double smoothness = std::max(1 - characteristics.noiseLevel / grain, 0.0);
