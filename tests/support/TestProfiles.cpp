@@ -76,6 +76,13 @@ Bytes tabledLinearProfile() {
   return ICCProfile::serialized(profile);
 }
 
+Bytes taggedPQProfile() {
+  const ProfileHandle profile = ICCProfile::open(adobeRGBProfile());
+  constexpr std::array<std::uint8_t, 12> tag{'c', 'i', 'c', 'p', 0, 0, 0, 0, 9, 16, 0, 1};
+  cmsWriteRawTag(profile.get(), cmsSigcicpTag, tag.data(), tag.size());
+  return ICCProfile::serialized(profile);
+}
+
 Bytes otherMakeSRGBProfile() {
   const cmsCIExyYTRIPLE rec709{{0.640, 0.330, 1}, {0.300, 0.600, 1}, {0.150, 0.060, 1}};
   std::array<cmsUInt16Number, 1024> table{};

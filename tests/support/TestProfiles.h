@@ -22,6 +22,9 @@ Bytes grayLightnessProfile();
 /// Display P3's matrix with straight curves, and a table, which counts in their place.
 Bytes tabledLinearProfile();
 
+/// Adobe RGB's matrix and curves, and a cicp tag, which counts in their place: BT.2020 with PQ.
+Bytes taggedPQProfile();
+
 /// sRGB under another name and with a curve table in place of the formula.
 Bytes otherMakeSRGBProfile();
 

@@ -41,7 +41,8 @@ class Sampling {
   double scoreAt(double quality) const {
     const Bytes file = destination_.encode(sample_, measurements_, quality, 1);
     const Image coded = ImageSource::create(file)->image();
-    return structuralScore(sample_, rendered(coded, sample_.colorSpace, 8));
+    // The numbers as they are: the file may describe the space of the sample by another profile.
+    return structuralScore(sample_, rendered(coded, renderingSpace(coded.colorSpace), 8));
   }
 
  private:

@@ -7,15 +7,15 @@
 
 #include "support/TestBuffers.h"
 #include "support/TestImages.h"
+#include "support/TestProfiles.h"
 
 namespace orvane {
 namespace {
 
 /// Waves with as much noise as wanted: what is hard to code grows with it.
-Image photograph(int noise) {
+Image photograph(int noise, const ColorSpacePtr& space = ColorSpace::sRGB()) {
   return test::drawImage(
-      768, 512, ChannelLayout::rgba, AlphaKind::none, 8, ColorSpace::sRGB(),
-      [=](std::size_t x, std::size_t y) {
+      768, 512, ChannelLayout::rgba, AlphaKind::none, 8, space, [=](std::size_t x, std::size_t y) {
         std::uint32_t hash =
             static_cast<std::uint32_t>(x * 73856093U) ^ static_cast<std::uint32_t>(y * 19349663U);
         hash = (hash ^ (hash >> 13)) * 0x5BD1E995U;
@@ -64,6 +64,18 @@ TEST_P(EveryDestination, neverRaisesADrawing) {
   }
 }
 
+// HEIC and AVIF files name some spaces by code points, and their readers make other profiles.
+TEST_P(EveryDestination, findsTheSameQualityForTheSameNumbersInEverySpace) {
+  const Image reference = photograph(20);
+  const PictureMeasurements measurements = measuredAs(ContentClass::photo, reference);
+  const double quality = qualityForLook(destination(), reference, measurements, 0.9);
+  for (const Bytes& profile :
+       {test::displayP3Profile(), test::adobeRGBProfile(), test::taggedPQProfile()}) {
+    const Image image = photograph(20, ColorSpace::fromICC(profile, ColorSpace::Model::rgb));
+    EXPECT_EQ(qualityForLook(destination(), image, measurements, 0.9), quality);
+  }
+}
+
 TEST_P(EveryDestination, leavesPicturesWithoutASampleAlone) {
   const Image small = test::noisyImage(60, 60);
   EXPECT_EQ(qualityForLook(destination(), small, measuredAs(ContentClass::photo, small), 0.6), 0.6);
@@ -83,7 +95,9 @@ TEST_P(EveryDestination, staysWithinTheQualitiesThatThereAre) {
 
 INSTANTIATE_TEST_SUITE_P(Look, EveryDestination,
                          testing::Values(ImageFormat::jpeg, ImageFormat::heic, ImageFormat::avif),
-                         [](const auto& row) { return std::string(row.param.fileExtension()); });
+                         [](const auto& tested) {
+                           return std::string(tested.param.fileExtension());
+                         });
 
 }  // namespace
 }  // namespace orvane
