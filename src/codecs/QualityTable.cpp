@@ -51,6 +51,17 @@ constexpr QualityPoint heicSampleScoreTable[]{
     {0.75, 75.5}, {0.80, 78.8}, {0.85, 82.6}, {0.90, 87},   {0.95, 91.4}, {1.00, 93.5},
 };
 
+/// The number `to` of a table where its number `from`, which rises, is `value`: on the line between
+/// the two nearest points. The first or last point's where `value` lies outside or is NaN.
+double interpolate(std::span<const QualityPoint> table, double value, double QualityPoint::*from,
+                   double QualityPoint::*to) {
+  const auto above = std::ranges::upper_bound(table, value, {}, from);
+  if (above == table.begin() || std::isnan(value)) return table.front().*to;
+  if (above == table.end()) return table.back().*to;
+  const QualityPoint& below = *(above - 1);
+  return std::lerp(below.*to, (*above).*to, (value - below.*from) / ((*above).*from - below.*from));
+}
+
 }  // namespace
 
 namespace QualityTables {
@@ -68,21 +79,11 @@ std::span<const QualityPoint> heicSampleScore() { return heicSampleScoreTable; }
 }  // namespace QualityTables
 
 double settingAt(std::span<const QualityPoint> table, double quality) {
-  const auto above = std::ranges::upper_bound(table, quality, {}, &QualityPoint::quality);
-  if (above == table.begin() || std::isnan(quality)) return table.front().setting;
-  if (above == table.end()) return table.back().setting;
-  const QualityPoint& below = *(above - 1);
-  return std::lerp(below.setting, above->setting,
-                   (quality - below.quality) / (above->quality - below.quality));
+  return interpolate(table, quality, &QualityPoint::quality, &QualityPoint::setting);
 }
 
 double qualityAt(std::span<const QualityPoint> table, double setting) {
-  const auto above = std::ranges::upper_bound(table, setting, {}, &QualityPoint::setting);
-  if (above == table.begin() || std::isnan(setting)) return table.front().quality;
-  if (above == table.end()) return table.back().quality;
-  const QualityPoint& below = *(above - 1);
-  return std::lerp(below.quality, above->quality,
-                   (setting - below.setting) / (above->setting - below.setting));
+  return interpolate(table, setting, &QualityPoint::setting, &QualityPoint::quality);
 }
 
 }  // namespace orvane

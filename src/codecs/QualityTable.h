@@ -4,10 +4,10 @@
 
 namespace orvane {
 
-/// One encoder's own setting for a quality that means the same look in every format.
+/// What a quality, which means the same look in every format, stands for in one of them.
 struct QualityPoint {
   double quality;  ///< 0…1
-  double setting;
+  double setting;  ///< the encoder's own, or the score of samples coded with it
 };
 
 /// The tables, rising in quality, the first at 0 and the last at 1. `bench/calibrate` measures and
@@ -33,7 +33,8 @@ std::span<const QualityPoint> heicSampleScore();
 /// Interpolates between the two nearest points. Qualities outside 0…1 are clamped; NaN counts as 0.
 double settingAt(std::span<const QualityPoint> table, double quality);
 
-/// The inverse for a table whose settings rise. Settings outside it are clamped.
+/// The inverse for a table whose settings rise. Settings outside it are clamped; NaN gives the
+/// first quality.
 double qualityAt(std::span<const QualityPoint> table, double setting);
 
 }  // namespace orvane
