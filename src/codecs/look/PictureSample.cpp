@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <vector>
 
 #include "codecs/OpaqueRows.h"
@@ -10,12 +9,15 @@
 namespace orvane {
 namespace {
 
-std::size_t countOf(double bands, std::size_t length, std::size_t side) {
-  return std::clamp<std::size_t>(static_cast<std::size_t>(std::lround(bands)), 1, length / side);
+/// How many bands of `side` pixels there are, when so many are wanted: at least one, and no more
+/// than `length` pixels hold.
+std::size_t countOf(double wanted, std::size_t length, std::size_t side) {
+  return std::clamp<std::size_t>(static_cast<std::size_t>(std::lround(wanted)), 1, length / side);
 }
 
-/// Where each of `count` bands of `side` pixels begins, in the middle of equal parts of `length`.
-std::vector<std::size_t> bands(std::size_t count, std::size_t length, std::size_t side) {
+/// The first pixel of each of `count` bands of `side` pixels, which lie in the middle of equal
+/// parts of `length`.
+std::vector<std::size_t> beginnings(std::size_t count, std::size_t length, std::size_t side) {
   constexpr std::size_t grid = 16;
   std::vector<std::size_t> result(count);
   for (std::size_t i = 0; i < count; ++i) {
@@ -25,32 +27,42 @@ std::vector<std::size_t> bands(std::size_t count, std::size_t length, std::size_
   return result;
 }
 
+/// Where the bands of columns and rows of a picture cross: squares.
+struct Crossings {
+  std::size_t side;  ///< pixels
+  std::vector<std::size_t> lefts;
+  std::vector<std::size_t> tops;
+};
+
+std::optional<Crossings> crossingsIn(std::size_t width, std::size_t height,
+                                     const SampleShape& shape) {
+  constexpr std::size_t largePicture = 1'500'000;  // pixels
+  const std::size_t side = width * height >= largePicture ? shape.bandOfLarge : shape.band;
+  if (std::min(width, height) < side) return std::nullopt;
+  const auto columns = static_cast<double>(width);
+  const auto rows = static_cast<double>(height);
+  const double pixels = std::min(columns * rows / 3, static_cast<double>(shape.mostPixels));
+  const double squares = pixels / static_cast<double>(side * side);
+  const std::size_t across = countOf(std::sqrt(squares * columns / rows), width, side);
+  const std::size_t down = countOf(squares / static_cast<double>(across), height, side);
+  if (across * down < 4) return std::nullopt;
+  return Crossings{side, beginnings(across, width, side), beginnings(down, height, side)};
+}
+
 }  // namespace
 
 std::optional<Image> sampleOf(const Image& image, const SampleShape& shape) {
   OpaqueRows rows(image);
-  constexpr std::size_t largePicture = 1'500'000;  // pixels
-  const bool isLarge = rows.width() * rows.height() >= largePicture;
-  const std::size_t side = isLarge ? shape.bandOfLarge : shape.band;
-  if (std::min(rows.width(), rows.height()) < side) return std::nullopt;
-  const auto width = static_cast<double>(rows.width());
-  const auto height = static_cast<double>(rows.height());
-  const double pixels = std::min(width * height / 3, static_cast<double>(shape.mostPixels));
-  const double squares = pixels / static_cast<double>(side * side);
-  const std::size_t columns = countOf(std::sqrt(squares * width / height), rows.width(), side);
-  const std::size_t lines = countOf(squares / static_cast<double>(columns), rows.height(), side);
-  if (columns * lines < 4) return std::nullopt;
-
-  Image sample{.width = columns * side, .height = lines * side, .colorSpace = rows.colorSpace()};
+  const auto crossings = crossingsIn(image.width, image.height, shape);
+  if (!crossings) return std::nullopt;
+  const auto& [side, lefts, tops] = *crossings;
+  Image sample{
+      .width = lefts.size() * side, .height = tops.size() * side, .colorSpace = rows.colorSpace()};
   std::uint8_t* out = allocatePackedRows(sample);
-  const std::vector<std::size_t> lefts = bands(columns, rows.width(), side);
-  for (const std::size_t top : bands(lines, rows.height(), side)) {
+  for (const std::size_t top : tops) {
     for (std::size_t y = top; y < top + side; ++y) {
       const std::uint8_t* const row = rows.read(y, 1).front();
-      for (const std::size_t left : lefts) {
-        std::memcpy(out, row + left * 4, side * 4);
-        out += side * 4;
-      }
+      for (const std::size_t left : lefts) out = std::copy_n(row + left * 4, side * 4, out);
     }
   }
   return sample;
