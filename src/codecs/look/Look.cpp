@@ -70,8 +70,9 @@ double movedQuality(const Sampling& sampling, std::span<const QualityPoint> mean
   const double aim = std::clamp(first.score, first.mean, first.mean + margin);
   // As if this picture's scores rose as the mean does.
   const double guess = qualityAt(means, first.mean + aim - first.score);
-  if (std::abs(aim - first.score) < farOff || guess == quality) return guess;
-  const Point second{settingAt(means, guess), sampling.scoreAt(guess)};
+  const double guessedMean = settingAt(means, guess);
+  if (std::abs(aim - first.score) < farOff || guessedMean == first.mean) return guess;
+  const Point second{guessedMean, sampling.scoreAt(guess)};
   return qualityAt(means, meanFor(aim, first, second));
 }
 
@@ -79,6 +80,7 @@ double movedQuality(const Sampling& sampling, std::span<const QualityPoint> mean
 
 double qualityForLook(const ImageDestination& destination, const Image& image,
                       const PictureMeasurements& measurements, double quality) try {
+  if (quality >= 1) return quality;
   const auto sample = sampleOf(image, destination.sampleShape);
   if (!sample) return quality;
   const Sampling sampling(destination, *sample, measurements);

@@ -19,9 +19,10 @@ struct SampleShape {
 /// it, evenly spread, put side by side. Bands begin at multiples of 16, so that blocks of earlier
 /// coding stay whole.
 ///
-/// Gives the opaque 8-bit rendering into the picture's rendering space of a third of the pixels, or
-/// of as many as the shape allows. Absent for pictures too small for four squares. Throws
-/// std::bad_alloc.
+/// A third of the pixels, or as many as the shape allows, as an opaque 8-bit rendering (see
+/// isOpaqueRendering) into the picture's rendering space; pixels that are not opaque on black.
+/// Absent when a side is narrower than a band, or when fewer than four squares, where bands of
+/// columns and rows cross, make up a third. Throws std::bad_alloc.
 std::optional<Image> sampleOf(const Image& image, const SampleShape& shape);
 
 }  // namespace orvane
