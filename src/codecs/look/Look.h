@@ -9,8 +9,12 @@ namespace orvane {
 /// decoded and scored; a second time where the first was far off. Costs a twentieth of an encoding
 /// of 12 megapixels, a third of one of less than two, and the same again for the second time.
 ///
-/// `quality` itself for screens and drawings, for pictures too small to take a sample from, and
-/// where a sample cannot be encoded. Throws std::bad_alloc.
+/// Never more than `quality` for screens and drawings. `quality` itself where it is 1, for pictures
+/// too small to take a sample from (see sampleOf), and where a sample cannot be encoded or decoded.
+/// Between 0.95 and 1 the result comes nearer to `quality` by degrees.
+///
+/// `measurements` are those of `image`, of any layout and depth. Throws std::bad_alloc. May be
+/// called by several threads at once.
 double qualityForLook(const ImageDestination& destination, const Image& image,
                       const PictureMeasurements& measurements, double quality);
 

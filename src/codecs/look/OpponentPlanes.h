@@ -24,10 +24,11 @@ struct Plane {
 /// R, G, B in proportion to light, 0…1.
 using LinearPlanes = std::array<Plane, 3>;
 
-/// Takes the numbers of 8-bit R, G, B and a fourth byte for sRGB.
+/// Of an opaque rendering (see isOpaqueRendering), whose numbers are taken for sRGB. Throws
+/// std::bad_alloc, as the functions below do.
 LinearPlanes linearPlanes(const Image& image);
 
-/// The means of 2×2 samples; of fewer at the right and lower edge.
+/// The means of 2×2 samples; of fewer at the right and lower edge. Odd sides are rounded up.
 LinearPlanes halved(const LinearPlanes& planes);
 
 enum class OpponentChannel { redGreen, luma, blueYellow };

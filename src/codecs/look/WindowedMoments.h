@@ -9,14 +9,16 @@
 namespace orvane {
 
 /// Moments of two planes of the same size under a window that is nearly a Gaussian of a standard
-/// deviation of 1.5 samples, along one row. Beyond the sides everything is 0. Refers to the planes.
+/// deviation of 1.5 samples, along one row. Samples beyond the sides count as 0. Refers to the
+/// planes, which must outlive it. Not for use by several threads at once.
 class WindowedMoments {
  public:
   WindowedMoments(const Plane& source, const Plane& coded);
 
-  /// Measures row `y`.
+  /// Measures row `y` of the planes. Before, all moments are 0.
   void measure(std::size_t y);
 
+  // As many numbers as a row has samples, of the row that was measured last.
   const float* sourceMeans() const { return moments_[0].data(); }
   const float* codedMeans() const { return moments_[1].data(); }
   const float* sourceSquares() const { return moments_[2].data(); }
