@@ -62,7 +62,8 @@ TEST(PictureSample, isAbsentForPicturesTooSmallForBands) {
   EXPECT_FALSE(sampleOf(places(63, 4000), shape));
   EXPECT_FALSE(sampleOf(places(200, 63), shape));
   EXPECT_FALSE(sampleOf(places(130, 65), shape));
-  EXPECT_TRUE(sampleOf(places(64, 256), shape));
+  EXPECT_FALSE(sampleOf(places(64, 600), shape));
+  EXPECT_TRUE(sampleOf(places(64, 768), shape));
 }
 
 TEST(PictureSample, staysWithinNarrowPictures) {
