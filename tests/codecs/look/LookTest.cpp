@@ -81,6 +81,13 @@ TEST_P(EveryDestination, leavesPicturesWithoutASampleAlone) {
   EXPECT_EQ(qualityForLook(destination(), small, measuredAs(ContentClass::photo, small), 0.6), 0.6);
 }
 
+TEST_P(EveryDestination, movesTheFinestQualitiesLittle) {
+  const Image image = photograph(60);
+  const PictureMeasurements measurements = measuredAs(ContentClass::photo, image);
+  EXPECT_NEAR(qualityForLook(destination(), image, measurements, 0.98), 0.98, 0.02);
+  EXPECT_EQ(qualityForLook(destination(), image, measurements, 1), 1);
+}
+
 TEST_P(EveryDestination, staysWithinTheQualitiesThatThereAre) {
   for (const int noise : {0, 60}) {
     const Image image = photograph(noise);
