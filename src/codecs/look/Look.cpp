@@ -12,8 +12,9 @@
 namespace orvane {
 namespace {
 
-/// How far, in points of the score, a picture may be off before a second sample is encoded.
-constexpr double farOff = 3;
+/// How far, in points of the score, a picture may be off before a second sample is encoded. It
+/// counts in full from twice as far on, so that sizes rise with the quality.
+constexpr double farOff = 2.5;
 
 bool isGraphics(const ImageCharacteristics& characteristics) {
   return characteristics.contentClass < ContentClass::photo;
@@ -71,16 +72,17 @@ double movedQuality(const Sampling& sampling, std::span<const QualityPoint> mean
   // As if this picture's scores rose as the mean does.
   const double guess = qualityAt(means, first.mean + aim - first.score);
   const double guessedMean = settingAt(means, guess);
-  if (std::abs(aim - first.score) < farOff || guessedMean == first.mean) return guess;
+  const double weight = std::clamp(std::abs(aim - first.score) / farOff - 1, 0.0, 1.0);
+  if (weight == 0 || guessedMean == first.mean) return guess;
   const Point second{guessedMean, sampling.scoreAt(guess)};
-  return qualityAt(means, meanFor(aim, first, second));
+  return std::lerp(guess, qualityAt(means, meanFor(aim, first, second)), weight);
 }
 
 }  // namespace
 
 double qualityForLook(const ImageDestination& destination, const Image& image,
                       const PictureMeasurements& measurements, double quality) try {
-  if (quality >= 1) return quality;
+  if (quality >= 1 || image.alpha != AlphaKind::none) return quality;
   const auto sample = sampleOf(image, destination.sampleShape);
   if (!sample) return quality;
   const Sampling sampling(destination, *sample, measurements);

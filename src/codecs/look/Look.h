@@ -10,8 +10,9 @@ namespace orvane {
 /// of 12 megapixels, a third of one of less than two, and the same again for the second time.
 ///
 /// Never more than `quality` for screens and drawings. `quality` itself where it is 1, for pictures
-/// too small to take a sample from (see sampleOf), and where a sample cannot be encoded or decoded.
-/// Between 0.95 and 1 the result comes nearer to `quality` by degrees.
+/// with alpha, of which a sample cannot tell what is seen, for those too small to take a sample
+/// from (see sampleOf), and where a sample cannot be encoded or decoded. Between 0.95 and 1 the
+/// result comes nearer to `quality` by degrees.
 ///
 /// `measurements` are those of `image`, of any layout and depth. Throws std::bad_alloc. May be
 /// called by several threads at once.

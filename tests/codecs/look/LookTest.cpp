@@ -55,6 +55,12 @@ TEST_P(EveryDestination, takesMoreQualityWhereAPictureIsHardToCode) {
             qualityForLook(destination(), easy, measuredAs(ContentClass::photo, easy), 0.75));
 }
 
+TEST_P(EveryDestination, leavesPicturesWithAlphaAlone) {
+  const Image image = test::alphaGradientImage(768, 512);
+  EXPECT_EQ(qualityForLook(destination(), image, measuredAs(ContentClass::photo, image), 0.75),
+            0.75);
+}
+
 TEST_P(EveryDestination, neverRaisesADrawing) {
   for (const int noise : {0, 20, 60}) {
     const Image image = photograph(noise);
