@@ -158,7 +158,7 @@ const ImageDestination avifDestination{
     .maximumQuality = 0.99,
     .encode = encode,
     // libaom codes pictures of 720 rows and more in another way.
-    .sampleShape = {.band = 128, .bandOfLarge = 256, .mostPixels = 600'000},
+    .sampleShape = {.bandOfSmall = 128, .bandOfLarge = 256, .mostPixels = 600'000},
     .sampleScores = QualityTables::avifSampleScore};
 
 }  // namespace orvane

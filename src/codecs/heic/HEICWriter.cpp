@@ -136,7 +136,7 @@ const ImageDestination heicDestination{
     .alpha = ImageDestination::Alpha::kept,
     .maximumQuality = 1,
     .encode = encode,
-    .sampleShape = {.band = 64, .bandOfLarge = 64, .mostPixels = 600'000},
+    .sampleShape = {.bandOfSmall = 64, .bandOfLarge = 64, .mostPixels = 600'000},
     .sampleScores = QualityTables::heicSampleScore};
 
 }  // namespace orvane

@@ -70,7 +70,7 @@ const ImageDestination jpegDestination{
     .alpha = ImageDestination::Alpha::none,
     .maximumQuality = 1,
     .encode = encode,
-    .sampleShape = {.band = 64, .bandOfLarge = 64, .mostPixels = 250'000},
+    .sampleShape = {.bandOfSmall = 64, .bandOfLarge = 64, .mostPixels = 250'000},
     .sampleScores = QualityTables::jpegSampleScore};
 
 }  // namespace orvane

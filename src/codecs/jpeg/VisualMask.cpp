@@ -5,21 +5,13 @@
 #include <cmath>
 #include <cstdint>
 
+#include "codecs/Plane.h"
+
 namespace orvane {
 namespace {
 
 /// Luma at a part of a picture's resolution, 0…255.
-struct LumaPlane {
-  std::size_t width;
-  std::size_t height;
-  std::vector<std::uint8_t> samples;
-
-  LumaPlane(std::size_t planeWidth, std::size_t planeHeight)
-      : width(planeWidth), height(planeHeight), samples(planeWidth * planeHeight) {}
-
-  std::uint8_t* row(std::size_t y) { return samples.data() + y * width; }
-  const std::uint8_t* row(std::size_t y) const { return samples.data() + y * width; }
-};
+using LumaPlane = Plane<std::uint8_t>;
 
 /// Luma of ITU-T T.871, in 256ths.
 unsigned lumaIn256ths(const std::uint8_t* pixel) {

@@ -23,13 +23,13 @@ bool isGraphics(const ImageCharacteristics& characteristics) {
 /// How far a picture may look better than photographs do on the mean. A sample says less about
 /// screens and drawings, and about pictures without grain: the seams between its bands hide losses,
 /// the more the narrower the bands are.
-double marginFor(const ImageCharacteristics& characteristics, const SampleShape& shape) {
+double marginFor(const ImageCharacteristics& characteristics, std::size_t band) {
   constexpr double graphicsMargin = 0.8;
   constexpr double grain = 4;                // noise from which on seams are nothing special
   constexpr double seamsWithoutGrain = 240;  // points for bands of one pixel
   const double smoothness = std::max(1 - characteristics.noiseLevel / grain, 0.0);
   return std::max(isGraphics(characteristics) ? graphicsMargin : 0,
-                  smoothness * seamsWithoutGrain / static_cast<double>(shape.bandOfLarge));
+                  smoothness * seamsWithoutGrain / static_cast<double>(band));
 }
 
 /// Encodes a picture at a quality and scores what it shows then.
@@ -37,19 +37,20 @@ class Sampling {
  public:
   Sampling(const ImageDestination& destination, const Image& sample,
            const PictureMeasurements& measurements)
-      : destination_(destination), sample_(sample), measurements_(measurements) {}
+      : destination_(destination), sample_(sample), measurements_(measurements), score_(sample) {}
 
   double scoreAt(double quality) const {
     const Bytes file = destination_.encode(sample_, measurements_, quality, 1);
     const Image coded = ImageSource::create(file)->image();
     // The numbers as they are: the file may describe the space of the sample by another profile.
-    return structuralScore(sample_, rendered(coded, renderingSpace(coded.colorSpace), 8));
+    return score_.of(rendered(coded, renderingSpace(coded.colorSpace), 8));
   }
 
  private:
   const ImageDestination& destination_;
   const Image& sample_;
   const PictureMeasurements& measurements_;
+  StructuralScore score_;
 };
 
 /// One sample's result: the mean score of photographs at a quality, and this picture's.
@@ -87,8 +88,9 @@ double qualityForLook(const ImageDestination& destination, const Image& image,
   if (!sample) return quality;
   const Sampling sampling(destination, *sample, measurements);
   const ImageCharacteristics& characteristics = measurements.characteristics;
-  const double moved = movedQuality(sampling, destination.sampleScores(), quality,
-                                    marginFor(characteristics, destination.sampleShape));
+  const double moved =
+      movedQuality(sampling, destination.sampleScores(), quality,
+                   marginFor(characteristics, destination.sampleShape.bandOf(image)));
   // The finest settings are for those who ask for them.
   const double kept = std::lerp(quality, moved, std::min((1 - quality) / 0.05, 1.0));
   return isGraphics(characteristics) ? std::min(quality, kept) : kept;

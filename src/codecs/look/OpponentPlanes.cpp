@@ -18,8 +18,8 @@ std::array<float, 256> makeDecodingTable() {
   return table;
 }
 
-Plane halved(const Plane& plane) {
-  Plane half((plane.width + 1) / 2, (plane.height + 1) / 2);
+Plane<float> halved(const Plane<float>& plane) {
+  Plane<float> half((plane.width + 1) / 2, (plane.height + 1) / 2);
   for (std::size_t y = 0; y < half.height; ++y) {
     const float* const upper = plane.row(y * 2);
     const float* const lower = plane.row(std::min(y * 2 + 1, plane.height - 1));
@@ -51,8 +51,8 @@ constexpr float biasRoot = 0.1559542025327239F;
 
 LinearPlanes linearPlanes(const Image& image) {
   const std::array<float, 256> table = makeDecodingTable();
-  LinearPlanes planes{Plane(image.width, image.height), Plane(image.width, image.height),
-                      Plane(image.width, image.height)};
+  const Plane<float> empty(image.width, image.height);
+  LinearPlanes planes{empty, empty, empty};
   for (std::size_t y = 0; y < image.height; ++y) {
     const std::uint8_t* const row = image.row(y);
     for (std::size_t channel = 0; channel < planes.size(); ++channel) {
@@ -67,8 +67,8 @@ LinearPlanes halved(const LinearPlanes& planes) {
   return {halved(planes[0]), halved(planes[1]), halved(planes[2])};
 }
 
-Plane opponentPlane(const LinearPlanes& linear, OpponentChannel channel) {
-  Plane plane(linear[0].width, linear[0].height);
+Plane<float> opponentPlane(const LinearPlanes& linear, OpponentChannel channel) {
+  Plane<float> plane(linear[0].width, linear[0].height);
   const float* const red = linear[0].samples.data();
   const float* const green = linear[1].samples.data();
   const float* const blue = linear[2].samples.data();

@@ -34,26 +34,30 @@ struct Crossings {
   std::vector<std::size_t> tops;
 };
 
-std::optional<Crossings> crossingsIn(std::size_t width, std::size_t height,
-                                     const SampleShape& shape) {
-  constexpr std::size_t largePicture = 1'500'000;  // pixels
-  const std::size_t side = width * height >= largePicture ? shape.bandOfLarge : shape.band;
-  if (std::min(width, height) < side) return std::nullopt;
-  const auto columns = static_cast<double>(width);
-  const auto rows = static_cast<double>(height);
+std::optional<Crossings> crossingsIn(const Image& image, const SampleShape& shape) {
+  const std::size_t side = shape.bandOf(image);
+  if (std::min(image.width, image.height) < side) return std::nullopt;
+  const auto columns = static_cast<double>(image.width);
+  const auto rows = static_cast<double>(image.height);
   const double pixels = std::min(columns * rows / 3, static_cast<double>(shape.mostPixels));
   const double squares = pixels / static_cast<double>(side * side);
-  const std::size_t across = countOf(std::sqrt(squares * columns / rows), width, side);
-  const std::size_t down = countOf(squares / static_cast<double>(across), height, side);
+  const std::size_t across = countOf(std::sqrt(squares * columns / rows), image.width, side);
+  const std::size_t down = countOf(squares / static_cast<double>(across), image.height, side);
   if (across * down < 4) return std::nullopt;
-  return Crossings{side, beginnings(across, width, side), beginnings(down, height, side)};
+  return Crossings{side, beginnings(across, image.width, side),
+                   beginnings(down, image.height, side)};
 }
 
 }  // namespace
 
+std::size_t SampleShape::bandOf(const Image& image) const {
+  constexpr std::size_t largePicture = 1'500'000;  // pixels
+  return image.width * image.height >= largePicture ? bandOfLarge : bandOfSmall;
+}
+
 std::optional<Image> sampleOf(const Image& image, const SampleShape& shape) {
   OpaqueRows rows(image);
-  const auto crossings = crossingsIn(image.width, image.height, shape);
+  const auto crossings = crossingsIn(image, shape);
   if (!crossings) return std::nullopt;
   const auto& [side, lefts, tops] = *crossings;
   Image sample{

@@ -7,12 +7,14 @@
 
 namespace orvane {
 
-/// What an encoder's samples are like, in pixels. Wider bands have fewer seams, narrower ones tell
+/// The shape of an encoder's samples, in pixels. Wider bands have fewer seams, narrower ones tell
 /// more of the picture.
 struct SampleShape {
-  std::size_t band;         ///< a multiple of 16, for pictures of less than 1.5 megapixels
+  std::size_t bandOfSmall;  ///< a multiple of 16, for pictures of less than 1.5 megapixels
   std::size_t bandOfLarge;  ///< the same for larger pictures
   std::size_t mostPixels;   ///< of a sample, as near as whole squares come
+
+  std::size_t bandOf(const Image& image) const;
 };
 
 /// A small picture that looks as a large one does when it is coded: bands of columns and rows of

@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 #include <numeric>
-#include <vector>
+#include <utility>
 
 #include "codecs/look/OpponentPlanes.h"
 #include "codecs/look/WindowedMoments.h"
@@ -90,7 +90,7 @@ class MapRow {
   std::vector<float> detail_;
 };
 
-Maps compare(const Plane& source, const Plane& coded) {
+Maps compare(const Plane<float>& source, const Plane<float>& coded) {
   WindowedMoments moments(source, coded);
   MapRow row(source.width);
   Maps maps;
@@ -155,6 +155,19 @@ bool isNeeded(std::size_t scale, OpponentChannel channel) {
       terms, [&](const Term& term) { return term.scale == scale && term.channel == channel; });
 }
 
+/// Calls `use` with each channel that the score needs, at each scale.
+template <class Use>
+void forEachChannel(const Image& image, const Use& use) {
+  LinearPlanes linear = linearPlanes(image);
+  for (std::size_t scale = 0; scale < scales; ++scale) {
+    if (std::min(linear[0].width, linear[0].height) < 8) break;
+    if (scale > 0) linear = halved(linear);
+    for (const OpponentChannel channel : {redGreen, luma, blueYellow}) {
+      if (isNeeded(scale, channel)) use(scale, channel, opponentPlane(linear, channel));
+    }
+  }
+}
+
 double scoreOf(double error) {
   const double scaled = error * 0.9562382616834844;
   const double shaped = 2.326765642916932 * scaled - 0.020884521182843837 * scaled * scaled +
@@ -164,27 +177,23 @@ double scoreOf(double error) {
 
 }  // namespace
 
-double structuralScore(const Image& source, const Image& coded) {
-  LinearPlanes linearSource = linearPlanes(source);
-  LinearPlanes linearCoded = linearPlanes(coded);
+StructuralScore::StructuralScore(const Image& source) {
+  forEachChannel(source, [&](std::size_t, OpponentChannel, Plane<float> plane) {
+    source_.push_back(std::move(plane));
+  });
+}
+
+double StructuralScore::of(const Image& coded) const {
   double error = 0;
-  for (std::size_t scale = 0; scale < scales; ++scale) {
-    if (std::min(linearSource[0].width, linearSource[0].height) < 8) break;
-    if (scale > 0) {
-      linearSource = halved(linearSource);
-      linearCoded = halved(linearCoded);
-    }
-    for (const OpponentChannel channel : {redGreen, luma, blueYellow}) {
-      if (!isNeeded(scale, channel)) continue;
-      const Maps maps =
-          compare(opponentPlane(linearSource, channel), opponentPlane(linearCoded, channel));
-      for (const Term& term : terms) {
-        if (term.scale == scale && term.channel == channel) {
-          error += term.weight * ((maps.*term.map).*term.norm)();
-        }
+  auto source = source_.begin();
+  forEachChannel(coded, [&](std::size_t scale, OpponentChannel channel, const Plane<float>& plane) {
+    const Maps maps = compare(*source++, plane);
+    for (const Term& term : terms) {
+      if (term.scale == scale && term.channel == channel) {
+        error += term.weight * ((maps.*term.map).*term.norm)();
       }
     }
-  }
+  });
   return scoreOf(error);
 }
 

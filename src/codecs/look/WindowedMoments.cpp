@@ -20,6 +20,7 @@ struct ColumnSums {
   std::array<std::array<float, lanes>, 5> moments;
 
   void add(const float* source, const float* coded, std::size_t count, float weight) {
+    // Compilers make vectors of the loop when its count is constant.
     if (count == lanes) return addSamples(source, coded, lanes, weight);
     addSamples(source, coded, count, weight);
   }
@@ -40,7 +41,7 @@ struct ColumnSums {
 
 }  // namespace
 
-WindowedMoments::WindowedMoments(const Plane& source, const Plane& coded)
+WindowedMoments::WindowedMoments(const Plane<float>& source, const Plane<float>& coded)
     : source_(source), coded_(coded) {
   for (auto& columns : columns_) columns.resize(source.width + 2 * reach);
   for (auto& moments : moments_) moments.resize(source.width);

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "codecs/look/OpponentPlanes.h"
+#include "codecs/Plane.h"
 
 namespace orvane {
 
@@ -13,7 +13,7 @@ namespace orvane {
 /// planes, which must outlive it. Not for use by several threads at once.
 class WindowedMoments {
  public:
-  WindowedMoments(const Plane& source, const Plane& coded);
+  WindowedMoments(const Plane<float>& source, const Plane<float>& coded);
 
   /// Measures row `y` of the planes. Before, all moments are 0.
   void measure(std::size_t y);
@@ -30,8 +30,8 @@ class WindowedMoments {
 
   static constexpr std::size_t count = 5;
 
-  const Plane& source_;
-  const Plane& coded_;
+  const Plane<float>& source_;
+  const Plane<float>& coded_;
   std::array<std::vector<float>, count> columns_;  ///< weighted sums along the window's columns
   std::array<std::vector<float>, count> moments_;
 };

@@ -19,7 +19,7 @@ Image places(std::size_t width, std::size_t height) {
       });
 }
 
-constexpr SampleShape shape{.band = 64, .bandOfLarge = 128, .mostPixels = 600'000};
+constexpr SampleShape shape{.bandOfSmall = 64, .bandOfLarge = 128, .mostPixels = 600'000};
 
 std::size_t leftOf(const Image& sample, std::size_t x, std::size_t y) {
   const test::Pixel pixel = test::pixelAt(sample, x, y);

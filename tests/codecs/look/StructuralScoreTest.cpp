@@ -39,7 +39,7 @@ Image draw(std::size_t width, std::size_t height, ColorAt colorAt) {
 
 template <class ColorAt>
 double scoreOf(ColorAt colorAt) {
-  return structuralScore(draw(320, 240, waves), draw(320, 240, colorAt));
+  return StructuralScore(draw(320, 240, waves)).of(draw(320, 240, colorAt));
 }
 
 // The expected scores are those of libjxl 0.11's ssimulacra2.
@@ -85,7 +85,7 @@ TEST(StructuralScore, isThatOfThePublishedMeasureForLostDetail) {
 TEST(StructuralScore, isAHundredForTheSamePicture) {
   EXPECT_EQ(scoreOf(waves), 100);
   const Image odd = test::noisyImage(131, 77);
-  EXPECT_EQ(structuralScore(odd, odd), 100);
+  EXPECT_EQ(StructuralScore(odd).of(odd), 100);
 }
 
 TEST(StructuralScore, leavesOutTheScalesThatASmallPictureLacks) {
@@ -94,9 +94,9 @@ TEST(StructuralScore, leavesOutTheScalesThatASmallPictureLacks) {
     const int shift = static_cast<int>((x + y) % 2) * 20;
     return Color{color.red + shift, color.green + shift, color.blue + shift};
   };
-  const double small = structuralScore(draw(9, 9, waves), draw(9, 9, grain));
+  const double small = StructuralScore(draw(9, 9, waves)).of(draw(9, 9, grain));
   EXPECT_LT(small, 100);
-  EXPECT_EQ(structuralScore(draw(7, 200, waves), draw(7, 200, grain)), 100);
+  EXPECT_EQ(StructuralScore(draw(7, 200, waves)).of(draw(7, 200, grain)), 100);
 }
 
 }  // namespace
