@@ -1,4 +1,4 @@
-# What `cmake --install` puts under the prefix.
+# The files that `cmake --install` puts under the prefix.
 include(GNUInstallDirs)
 
 install(TARGETS orvane-cli)

@@ -1,5 +1,4 @@
-// What the sanitizers are to know in every program of this project. Linked in sanitizer builds
-// only.
+// The sanitizers' settings for every program of this project. Linked in sanitizer builds only.
 
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_options();
@@ -11,6 +10,6 @@ const char* __lsan_default_suppressions() { return "leak:libx265\nleak:libimageq
 
 const char* __lsan_default_options() { return "print_suppressions=0"; }
 
-/// Codec libraries are built without the checks: what guards their tables, made at first use, goes
+/// Codec libraries are built without the checks, so that the guards of tables made at first use go
 /// unseen.
 const char* __tsan_default_suppressions() { return "called_from_lib:libjxl.so\n"; }

@@ -5,7 +5,7 @@
 
 #include "picture/RGBABuffer.h"
 
-/// What the example pictures are drawn with. The same everywhere and every time.
+/// Draws the example pictures, the same on every machine and every time.
 namespace orvane::examples {
 
 /// In pixels from the upper left corner.

@@ -14,9 +14,9 @@ struct BatchOptions {
 
   /// Is told each result once, with the index of its file, when it is final: the output has its
   /// name, or the file has failed. Files are told as they finish, on the thread that has started
-  /// the batch, one at a time; files in work go on meanwhile. `result` lives during the call. What
-  /// it throws ends the batch and goes on to the caller: files in work are finished first, and
-  /// those that have not been told may or may not be written, each whole or not at all.
+  /// the batch, one at a time; files in work go on meanwhile. `result` lives during the call. An
+  /// exception ends the batch and reaches the caller: files in work are finished first, and those
+  /// that have not been told may or may not be written, each whole or not at all.
   std::function<void(std::size_t index, const ImageCompressionResult& result)> onResult = {};
 
   /// Is asked before each file is started, on the same thread. Once it says yes, no file is started

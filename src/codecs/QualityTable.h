@@ -4,7 +4,7 @@
 
 namespace orvane {
 
-/// What a quality, which means the same look in every format, stands for in one of them.
+/// One point of a format's table. A quality means the same look in every format.
 struct QualityPoint {
   double quality;  ///< 0…1
   double setting;  ///< the encoder's own, or the score of samples coded with it

@@ -28,7 +28,7 @@
 /// catalogue "orvane-cli" has no other; and std::bad_alloc.
 namespace orvane {
 
-/// What a picture is taken for, and how it would be encoded.
+/// The class of a picture's content, and the plan for encoding it.
 struct Analysis {
   ImageFormat format;  ///< of the file, by its content
   ImageCharacteristics characteristics;

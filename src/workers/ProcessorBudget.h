@@ -9,7 +9,7 @@ namespace orvane {
 /// last files are in work. Any number of threads.
 class ProcessorBudget {
  public:
-  /// What a run has to do, and with what.
+  /// The size of a run.
   struct Run {
     std::int64_t jobs = 1;        ///< processors that it keeps busy, and files in work at once
     std::int64_t files = 0;       ///< each of which will have one share

@@ -28,7 +28,7 @@ class WorkerFactory {
     Channel channel;
   };
 
-  /// Nothing where no process can be had. Any thread.
+  /// Forks a worker. Gives std::nullopt when the system has no more processes. Any thread.
   std::optional<Worker> start();
 
   /// Ends a worker, be it dead already, and gives its wait status (wait(2)), or nothing when that

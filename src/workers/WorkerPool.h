@@ -42,7 +42,7 @@ class WorkerPool {
   struct Outcome;
   class Conversation;
 
-  /// What a file is to become, and how.
+  /// The order for one file.
   struct Task {
     std::string name;  ///< the worker shows it
     ImageFormat format;

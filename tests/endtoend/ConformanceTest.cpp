@@ -79,10 +79,10 @@ std::optional<std::string> compressedSize(const std::string& path, ImageFormat f
   return std::nullopt;
 }
 
-/// A row that this system decides otherwise.
+/// A file for which this system decides otherwise than its row in the manifest.
 struct Exception {
   std::string_view path;
-  std::string_view size;  ///< what it ends at; empty when it is refused
+  std::string_view size;  ///< of the output; empty when the file is refused
   std::string_view reason;
   bool applies = true;
 };

@@ -1,4 +1,4 @@
-// What ps and top show of a run.
+// ps and top show how far a run has come.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ namespace {
 
 using Texts = std::multiset<std::string>;
 
-/// What ps shows as "args": the zeros behind the last argument do not count.
+/// The arguments of a process as ps shows them, without the zeros at the end.
 std::string arguments(pid_t process) {
   std::ifstream file("/proc/" + std::to_string(process) + "/cmdline");
   const std::string bytes = (std::ostringstream() << file.rdbuf()).str();

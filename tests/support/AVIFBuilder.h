@@ -10,7 +10,7 @@
 /// AVIF files made by libavif. All throw std::runtime_error when it does not.
 namespace orvane::test {
 
-/// How an AVIF file is to be coded. What is not said is lossless.
+/// How an AVIF file is to be coded: by default losslessly.
 struct AVIFRecipe {
   std::uint32_t depth = 8;
   avifPixelFormat format = AVIF_PIXEL_FORMAT_YUV444;

@@ -6,8 +6,8 @@
 
 #include "platform/foundation/Bytes.h"
 
-/// Changes to the boxes of HEIC and AVIF files (ISO/IEC 14496-12). What looks for a code throws
-/// std::runtime_error where there is none.
+/// Changes to the boxes of HEIC and AVIF files (ISO/IEC 14496-12). Functions that look for a code
+/// throw std::runtime_error when the file has none.
 namespace orvane::test {
 
 /// Where the four characters of a box's or an item's type first stand.

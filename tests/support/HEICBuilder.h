@@ -12,7 +12,7 @@
 /// std::runtime_error when it does not.
 namespace orvane::test {
 
-/// How a HEIC file is to be coded. What is not said is lossless R, G, B.
+/// How a HEIC file is to be coded: by default as lossless R, G, B.
 struct HEICRecipe {
   int depth = 8;  ///< 8, 10 or 12
   heif_chroma chroma = heif_chroma_444;

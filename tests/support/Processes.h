@@ -10,7 +10,7 @@ namespace orvane::test {
 /// The processes that `parent` has started and that have not ended.
 std::vector<pid_t> childrenOf(pid_t parent);
 
-/// What ps shows of a process as "comm".
+/// The name of a process, which ps shows as "comm".
 std::string nameOf(pid_t process);
 
 }  // namespace orvane::test

@@ -61,7 +61,7 @@ TEST(Channel, knowsWhetherThereIsAMessage) {
 /// The lowest number that is free.
 int nextDescriptor() { return Descriptor(dup(STDERR_FILENO)).number(); }
 
-/// What a worker that its picture has taken over may send.
+/// A worker that its picture has taken over may send any bytes and descriptors.
 TEST(Channel, keepsNothingOfWhatIsNoMessage) {
   const auto [left, right] = Channel::makePair();
   const int before = nextDescriptor();

@@ -11,10 +11,9 @@ namespace {
 /// Alpha at this quantisation parameter is rarely off by more than one.
 constexpr int alphaQuantizer = 10;
 
-/// Whether each row begins with the probabilities that the row above has after two blocks
-/// (wavefront), so that threads can share the picture. The bytes depend on that, but not on the
-/// number of threads.
-bool isLarge(Size size) {
+/// Whether each row begins with the probabilities that the row above has after two blocks, so that
+/// threads can share the picture. The bytes depend on that, but not on the number of threads.
+bool hasWavefronts(Size size) {
   constexpr std::int64_t leastPixels = 1'000'000;
   return std::int64_t{size.width} * size.height >= leastPixels;
 }
@@ -34,7 +33,7 @@ X265Library::Param stillPicture(Size size, int chromaFormat) {
   param->bEmitInfoSEI = 0;
   param->logLevel = X265_LOG_NONE;
   param->frameNumThreads = 1;
-  param->bEnableWavefront = isLarge(size) ? 1 : 0;
+  param->bEnableWavefront = hasWavefronts(size) ? 1 : 0;
   X265Library::setOption(*param, "pools", "none");
   return param;
 }

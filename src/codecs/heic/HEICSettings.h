@@ -18,8 +18,7 @@ struct Size {
 };
 
 /// Both are for one picture of 8 bits. x265 can share the rows of large ones among threads. They
-/// throw std::bad_alloc, and
-/// std::runtime_error when x265 lacks something.
+/// throw std::bad_alloc, and std::runtime_error when x265 lacks something.
 X265Library::Param forColor(Size size, double rateFactor);
 X265Library::Param forAlpha(Size size);
 

@@ -7,8 +7,7 @@ namespace orvane {
 /// A plugin that encodes HEVC (ITU-T H.265) for libheif by x265, one still picture at a time.
 /// libheif's own plugin cannot code alpha better than colours; this one codes alpha near-losslessly
 /// whatever the rate factor. x265's threads work while the caller waits. The same picture gives the
-/// same bytes on any number of them. Several threads may use it, each with its own
-/// encoder.
+/// same bytes on any number of them. Several threads may use it, each with its own encoder.
 ///
 /// Takes 8-bit YCbCr 4:2:0, or monochrome for alpha. Its quality, which
 /// heif_encoder_set_lossy_quality sets, is x265's constant rate factor in hundredths, 0…5100: a

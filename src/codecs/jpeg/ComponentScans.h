@@ -8,10 +8,10 @@
 
 namespace orvane {
 
-/// What a file needs of some of a picture's components, which share their tables and the scan of
-/// their means.
+/// The parts of a file that belong to some of a picture's components. These components share their
+/// tables and the scan of their means.
 struct ComponentScans {
-  Bytes head;         ///< what precedes the frame header, without its first marker
+  Bytes head;         ///< the bytes before the frame header, without the first marker
   Bytes frameHeader;  ///< ITU-T T.81, B.2.2
   Bytes means;        ///< their scan, with its tables
   std::map<std::uint8_t, Bytes> bands;  ///< the other scans, by component

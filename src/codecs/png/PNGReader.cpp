@@ -68,7 +68,7 @@ class PNGDecoder {
     rest = rest.subspan(count);
   }
 
-  ByteView rest_;  ///< what libpng has not taken yet
+  ByteView rest_;  ///< the bytes that libpng has not read yet
   std::array<char, 128> message_{};
   ReadStruct png_;
   InfoStruct info_;

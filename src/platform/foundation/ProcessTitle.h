@@ -6,8 +6,8 @@
 
 namespace orvane {
 
-/// What ps and top show of this process, in place of its command line and of its name: "program
-/// text". Linux; elsewhere nothing happens. A copy, and a child that was forked, write to the same
+/// The title of this process, "program text". ps and top show it in place of the command line and
+/// of the process's name. Linux only; elsewhere the class does nothing. Copies write to the same
 /// place. One thread at a time.
 class ProcessTitle {
  public:

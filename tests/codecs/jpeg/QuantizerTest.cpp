@@ -66,7 +66,7 @@ JPEGSettings evenSettings() {
   return result;
 }
 
-/// What a squared error of one step costs, in bits, when the eye sees a share of it.
+/// The cost, in bits, of a squared error of one step of which the eye sees a share.
 double costOf(double seenShare, double lambda) { return 2 * 2 * 2 * seenShare / lambda; }
 
 // Sensitivities to errors of the lowest frequency.

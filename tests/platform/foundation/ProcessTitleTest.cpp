@@ -30,7 +30,7 @@ class Arguments {
   int count() const { return static_cast<int>(pointers_.size()) - 1; }
   char** pointers() { return pointers_.data(); }
 
-  /// What is shown of them: up to the zeros at the end.
+  /// The bytes that ps shows: all but the zeros at the end.
   std::string shown() const {
     return bytes_.substr(0, bytes_.find_last_not_of('\0', size_ - 1) + 1);
   }
