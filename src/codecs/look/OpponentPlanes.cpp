@@ -44,8 +44,37 @@ float cubeRoot(float value) {
   return root;
 }
 
-constexpr float bias = 0.0037930732552754493F;
-constexpr float biasRoot = 0.1559542025327239F;
+/// A pixel in proportion to light.
+struct LinearColor {
+  float red, green, blue;
+};
+
+/// The response of one kind of cones, by the weights of XYB.
+float response(const LinearColor& color, float red, float green, float blue) {
+  constexpr float bias = 0.0037930732552754493F;
+  constexpr float biasRoot = 0.1559542025327239F;
+  return cubeRoot(red * color.red + green * color.green + blue * color.blue + bias) - biasRoot;
+}
+
+float longWaves(const LinearColor& color) { return response(color, 0.3F, 0.622F, 0.078F); }
+float mediumWaves(const LinearColor& color) { return response(color, 0.23F, 0.692F, 0.078F); }
+float shortWaves(const LinearColor& color) {
+  return response(color, 0.24342268924547819F, 0.20476744424496821F, 0.5518098665095536F);
+}
+
+/// A plane of one number for each pixel.
+template <class Number>
+Plane<float> planeOf(const LinearPlanes& linear, Number number) {
+  Plane<float> plane(linear[0].width, linear[0].height);
+  const float* const red = linear[0].samples.data();
+  const float* const green = linear[1].samples.data();
+  const float* const blue = linear[2].samples.data();
+  float* const out = plane.samples.data();
+  for (std::size_t i = 0; i < plane.samples.size(); ++i) {
+    out[i] = number({red[i], green[i], blue[i]});
+  }
+  return plane;
+}
 
 }  // namespace
 
@@ -68,30 +97,19 @@ LinearPlanes halved(const LinearPlanes& planes) {
 }
 
 Plane<float> opponentPlane(const LinearPlanes& linear, OpponentChannel channel) {
-  Plane<float> plane(linear[0].width, linear[0].height);
-  const float* const red = linear[0].samples.data();
-  const float* const green = linear[1].samples.data();
-  const float* const blue = linear[2].samples.data();
-  float* const out = plane.samples.data();
-  for (std::size_t i = 0; i < plane.samples.size(); ++i) {
-    const float longWaves =
-        cubeRoot(0.3F * red[i] + 0.622F * green[i] + 0.078F * blue[i] + bias) - biasRoot;
-    const float mediumWaves =
-        cubeRoot(0.23F * red[i] + 0.692F * green[i] + 0.078F * blue[i] + bias) - biasRoot;
-    const float mean = (longWaves + mediumWaves) / 2;
-    if (channel == OpponentChannel::redGreen) {
-      out[i] = (longWaves - mediumWaves) * 7 + 0.42F;
-    } else if (channel == OpponentChannel::luma) {
-      out[i] = mean + 0.01F;
-    } else {
-      const float shortWaves =
-          cubeRoot(0.24342268924547819F * red[i] + 0.20476744424496821F * green[i] +
-                   0.5518098665095536F * blue[i] + bias) -
-          biasRoot;
-      out[i] = shortWaves - mean + 0.55F;
-    }
+  if (channel == OpponentChannel::redGreen) {
+    return planeOf(linear, [](const LinearColor& color) {
+      return (longWaves(color) - mediumWaves(color)) * 7 + 0.42F;
+    });
   }
-  return plane;
+  if (channel == OpponentChannel::luma) {
+    return planeOf(linear, [](const LinearColor& color) {
+      return (longWaves(color) + mediumWaves(color)) / 2 + 0.01F;
+    });
+  }
+  return planeOf(linear, [](const LinearColor& color) {
+    return shortWaves(color) - (longWaves(color) + mediumWaves(color)) / 2 + 0.55F;
+  });
 }
 
 }  // namespace orvane

@@ -59,23 +59,9 @@ class MapRow {
   explicit MapRow(std::size_t width) : structure_(width), artifact_(width), detail_(width) {}
 
   void measure(const float* source, const float* coded, const WindowedMoments& moments) {
-    const float* const sourceMeans = moments.sourceMeans();
-    const float* const codedMeans = moments.codedMeans();
-    const float* const sourceSquares = moments.sourceSquares();
-    const float* const codedSquares = moments.codedSquares();
-    const float* const products = moments.products();
-    for (std::size_t x = 0; x < structure_.size(); ++x) {
-      constexpr float stabilizer = 0.0009F;
-      const float a = sourceMeans[x];
-      const float b = codedMeans[x];
-      const float variances = (sourceSquares[x] - a * a) + (codedSquares[x] - b * b);
-      const float similarity = (1 - (a - b) * (a - b)) * (2 * (products[x] - a * b) + stabilizer) /
-                               (variances + stabilizer);
-      const float change = (1 + std::abs(coded[x] - b)) / (1 + std::abs(source[x] - a)) - 1;
-      structure_[x] = std::max(1 - similarity, 0.0F);
-      artifact_[x] = std::max(change, 0.0F);
-      detail_[x] = std::max(-change, 0.0F);
-    }
+    // Compilers make vectors of loops with few arrays only.
+    measureStructure(moments);
+    measureEdges(source, coded, moments);
   }
 
   void addTo(Maps& maps) const {
@@ -85,10 +71,46 @@ class MapRow {
   }
 
  private:
+  void measureStructure(const WindowedMoments& moments);
+  void measureEdges(const float* source, const float* coded, const WindowedMoments& moments);
+
   std::vector<float> structure_;
   std::vector<float> artifact_;
   std::vector<float> detail_;
 };
+
+void MapRow::measureStructure(const WindowedMoments& moments) {
+  constexpr float stabilizer = 0.0009F;
+  const float* const sourceMeans = moments.sourceMeans();
+  const float* const codedMeans = moments.codedMeans();
+  const float* const sourceSquares = moments.sourceSquares();
+  const float* const codedSquares = moments.codedSquares();
+  const float* const products = moments.products();
+  float* const structure = structure_.data();
+  const std::size_t width = structure_.size();
+  for (std::size_t x = 0; x < width; ++x) {
+    const float a = sourceMeans[x];
+    const float b = codedMeans[x];
+    const float variances = (sourceSquares[x] - a * a) + (codedSquares[x] - b * b);
+    const float similarity = (1 - (a - b) * (a - b)) * (2 * (products[x] - a * b) + stabilizer) /
+                             (variances + stabilizer);
+    structure[x] = std::max(1 - similarity, 0.0F);
+  }
+}
+
+void MapRow::measureEdges(const float* source, const float* coded, const WindowedMoments& moments) {
+  const float* const sourceMeans = moments.sourceMeans();
+  const float* const codedMeans = moments.codedMeans();
+  float* const artifact = artifact_.data();
+  float* const detail = detail_.data();
+  const std::size_t width = artifact_.size();
+  for (std::size_t x = 0; x < width; ++x) {
+    const float change =
+        (1 + std::abs(coded[x] - codedMeans[x])) / (1 + std::abs(source[x] - sourceMeans[x])) - 1;
+    artifact[x] = std::max(change, 0.0F);
+    detail[x] = std::max(-change, 0.0F);
+  }
+}
 
 Maps compare(const Plane<float>& source, const Plane<float>& coded) {
   WindowedMoments moments(source, coded);
