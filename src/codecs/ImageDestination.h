@@ -36,6 +36,9 @@ struct ImageDestination {
   Bytes (*encode)(const Image& image, const PictureMeasurements& measurements, double quality,
                   int threads);
 
+  /// The quality, near `quality`, that `encode` really takes, where settings are whole numbers.
+  double (*codedQuality)(double quality) = [](double quality) { return quality; };
+
   SampleShape sampleShape;  ///< bands are at least as wide as the encoder's largest blocks
 
   /// The mean score of photographs' samples at each quality.

@@ -47,16 +47,25 @@ constexpr QualityPoint avifSampleScoreTable[]{
     {0.95, 91},   {0.98, 94.4}, {1.00, 98},
 };
 
+constexpr QualityPoint avifSampleScoreTunedForImagesTable[]{
+    {0.00, 9},    {0.30, 46.3}, {0.40, 53.3}, {0.50, 59.3}, {0.60, 65.1},
+    {0.70, 71.2}, {0.75, 73.9}, {0.80, 77.6}, {0.85, 81.9}, {0.90, 86.2},
+    {0.95, 90.7}, {0.98, 94.4}, {1.00, 98},
+};
+
 constexpr QualityPoint heicSampleScoreTable[]{
     {0.00, 17},   {0.30, 49.3}, {0.40, 55.8}, {0.50, 61.4}, {0.60, 66.9}, {0.70, 72.6},
     {0.75, 75.5}, {0.80, 78.8}, {0.85, 82.6}, {0.90, 87},   {0.95, 91.4}, {1.00, 93.5},
 };
 
-/// The number `to` of a table where its number `from`, which rises, is `value`: on the line between
-/// the two nearest points. The first or last point's where `value` lies outside or is NaN.
+/// The number `to` of a table where its number `from`, which rises or falls all the way, is
+/// `value`: on the line between the two nearest points. The first or last point's where `value`
+/// lies outside; the first one's for NaN.
 double interpolate(std::span<const QualityPoint> table, double value, double QualityPoint::*from,
                    double QualityPoint::*to) {
-  const auto above = std::ranges::upper_bound(table, value, {}, from);
+  const auto above = table.front().*from < table.back().*from
+                         ? std::ranges::upper_bound(table, value, std::ranges::less{}, from)
+                         : std::ranges::upper_bound(table, value, std::ranges::greater{}, from);
   if (above == table.begin() || std::isnan(value)) return table.front().*to;
   if (above == table.end()) return table.back().*to;
   const QualityPoint& below = *(above - 1);
@@ -75,6 +84,9 @@ std::span<const QualityPoint> avifQuantizerTunedForImages() {
 std::span<const QualityPoint> heicRateFactor() { return heicRateFactorTable; }
 std::span<const QualityPoint> jpegSampleScore() { return jpegSampleScoreTable; }
 std::span<const QualityPoint> avifSampleScore() { return avifSampleScoreTable; }
+std::span<const QualityPoint> avifSampleScoreTunedForImages() {
+  return avifSampleScoreTunedForImagesTable;
+}
 std::span<const QualityPoint> heicSampleScore() { return heicSampleScoreTable; }
 
 }  // namespace QualityTables

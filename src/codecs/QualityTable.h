@@ -26,6 +26,7 @@ std::span<const QualityPoint> heicRateFactor();
 /// The mean scores, 0…100, that samples of photographs (see PictureSample) have at these settings.
 std::span<const QualityPoint> jpegSampleScore();
 std::span<const QualityPoint> avifSampleScore();
+std::span<const QualityPoint> avifSampleScoreTunedForImages();
 std::span<const QualityPoint> heicSampleScore();
 
 }  // namespace QualityTables
@@ -33,8 +34,7 @@ std::span<const QualityPoint> heicSampleScore();
 /// Interpolates between the two nearest points. Qualities outside 0…1 are clamped; NaN counts as 0.
 double settingAt(std::span<const QualityPoint> table, double quality);
 
-/// The inverse for a table whose settings rise. Settings outside it are clamped; NaN gives the
-/// first quality.
+/// The inverse. Settings outside the table are clamped; NaN gives the first quality.
 double qualityAt(std::span<const QualityPoint> table, double setting);
 
 }  // namespace orvane

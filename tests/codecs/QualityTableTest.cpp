@@ -31,6 +31,15 @@ TEST(QualityTable, findsTheQualityOfASetting) {
   EXPECT_DOUBLE_EQ(qualityAt(rising, 100), 1);
 }
 
+TEST(QualityTable, findsTheQualityOfASettingWhereSettingsFall) {
+  EXPECT_DOUBLE_EQ(qualityAt(line, 50), 0);
+  EXPECT_DOUBLE_EQ(qualityAt(line, 40), 0.25);
+  EXPECT_DOUBLE_EQ(qualityAt(line, 25), 0.75);
+  EXPECT_DOUBLE_EQ(qualityAt(line, 51), 0);
+  EXPECT_DOUBLE_EQ(qualityAt(line, 19), 1);
+  EXPECT_DOUBLE_EQ(qualityAt(line, std::nan("")), 0);
+}
+
 TEST(QualityTable, takesSettingsOutsideForTheNearest) {
   EXPECT_DOUBLE_EQ(qualityAt(rising, -300), 0);
   EXPECT_DOUBLE_EQ(qualityAt(rising, 101), 1);
@@ -70,6 +79,7 @@ TEST_P(EverySampleScoreTable, risesAllTheWay) {
 INSTANTIATE_TEST_SUITE_P(QualityTables, EverySampleScoreTable,
                          testing::Values(QualityTables::jpegSampleScore,
                                          QualityTables::avifSampleScore,
+                                         QualityTables::avifSampleScoreTunedForImages,
                                          QualityTables::heicSampleScore));
 
 }  // namespace

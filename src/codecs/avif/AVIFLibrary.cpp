@@ -1,6 +1,24 @@
 #include "codecs/avif/AVIFLibrary.h"
 
+#include <array>
+#include <charconv>
+#include <string_view>
+
 namespace orvane::AVIFLibrary {
+
+Version aomVersion() {
+  std::array<char, 256> list;  // such as "dav1d [dec]:1.0.0, aom [enc/dec]:v3.6.0"
+  avifCodecVersions(list.data());
+  const std::string_view codecs(list.data());
+  const std::string_view aom = codecs.substr(std::min(codecs.find("aom ["), codecs.size()));
+  const std::string_view number = aom.substr(std::min(aom.find(":v"), aom.size()));
+  Version version;
+  if (number.empty()) return version;
+  const char* const end = number.data() + number.size();
+  const auto major = std::from_chars(number.data() + 2, end, version.major);
+  if (major.ptr != end) std::from_chars(major.ptr + 1, end, version.minor);
+  return version;
+}
 
 Decoder makeDecoder() { return owned<Decoder>(avifDecoderCreate()); }
 

@@ -2,6 +2,8 @@
 
 #include <avif/avif.h>
 
+#include <compare>
+
 #include "platform/foundation/Bytes.h"
 #include "platform/foundation/Handle.h"
 
@@ -12,6 +14,15 @@ namespace orvane::AVIFLibrary {
 using Decoder = Handle<avifDecoder, avifDecoderDestroy>;
 using Encoder = Handle<avifEncoder, avifEncoderDestroy>;
 using Picture = Handle<avifImage, avifImageDestroy>;
+
+struct Version {
+  int major = 0;
+  int minor = 0;
+  auto operator<=>(const Version&) const = default;
+};
+
+/// That of libaom behind libavif; 0.0 when libavif has no libaom.
+Version aomVersion();
 
 /// The file that an encoder has written.
 struct Output {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "codecs/QualityTable.h"
+#include "codecs/avif/AVIFLibrary.h"
 
 namespace orvane::AVIFSettings {
 namespace {
@@ -15,7 +16,17 @@ constexpr double leastEdges = 0.01;
 /// them up to 0.09.
 constexpr double leastEdgesAmongChanges = 0.1;
 
+std::span<const QualityPoint> quantizers(Tuning tuning) {
+  return tuning == Tuning::imageQuality ? QualityTables::avifQuantizerTunedForImages()
+                                        : QualityTables::avifQuantizer();
+}
+
 }  // namespace
+
+Tuning bestTuning() {
+  return AVIFLibrary::aomVersion() >= AVIFLibrary::Version{3, 12} ? Tuning::imageQuality
+                                                                  : Tuning::structuralSimilarity;
+}
 
 Content contentOf(const ImageCharacteristics& characteristics) {
   const bool isFlat = characteristics.contentClass <= ContentClass::screenContent;
@@ -35,9 +46,11 @@ Tiles tiles(std::uint32_t width, std::uint32_t height) {
 }
 
 int colorQuantizer(double quality, Tuning tuning) {
-  const auto table = tuning == Tuning::imageQuality ? QualityTables::avifQuantizerTunedForImages()
-                                                    : QualityTables::avifQuantizer();
-  return static_cast<int>(std::lround(settingAt(table, quality)));
+  return static_cast<int>(std::lround(settingAt(quantizers(tuning), quality)));
+}
+
+double codedQuality(double quality, Tuning tuning) {
+  return qualityAt(quantizers(tuning), colorQuantizer(quality, tuning));
 }
 
 }  // namespace orvane::AVIFSettings

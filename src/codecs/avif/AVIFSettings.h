@@ -15,6 +15,9 @@ enum class Tuning {
   structuralSimilarity,  ///< libavif's default
 };
 
+/// The best one that the installed libaom knows.
+Tuning bestTuning();
+
 enum class Content {
   natural,  ///< photographs, paintings, soft drawings
   screen,   ///< text, windows, charts: libaom looks for palettes
@@ -51,5 +54,8 @@ inline constexpr int alphaQuantizer = 6;
 
 /// The quantizer for a quality of 0…1: 1…63, fewest bits at 63.
 int colorQuantizer(double quality, Tuning tuning);
+
+/// The quality for which that quantizer stands: quantizers are whole numbers.
+double codedQuality(double quality, Tuning tuning);
 
 }  // namespace orvane::AVIFSettings

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <deque>
 #include <new>
-#include <optional>
 
 #include "codecs/ImageDestination.h"
 #include "codecs/avif/AVIFLibrary.h"
@@ -98,7 +97,7 @@ AVIFLibrary::Picture convert(const Image& image, Content content, int threads) {
   return picture;
 }
 
-/// How one picture is encoded, whatever its tuning.
+/// How one picture is encoded.
 struct Job {
   double quality;
   Content content;
@@ -115,12 +114,12 @@ void setThreads(avifEncoder& encoder, const avifImage& picture, int threads) {
   AVIFLibrary::setCodecOption(encoder, "row-mt", "0");
 }
 
-/// The file; absent when libaom does not know the tuning or another option.
-std::optional<Bytes> encode(const avifImage& picture, const Job& job, Tuning tuning) {
+Bytes encode(const avifImage& picture, const Job& job) {
   const AVIFLibrary::Encoder encoder = AVIFLibrary::makeEncoder();
   encoder->codecChoice = AVIF_CODEC_CHOICE_AOM;
   encoder->speed = AVIFSettings::speed;
   setThreads(*encoder, picture, job.threads);
+  const Tuning tuning = AVIFSettings::bestTuning();
   AVIFLibrary::setQuantizers(*encoder, {.color = AVIFSettings::colorQuantizer(job.quality, tuning),
                                         .alpha = AVIFSettings::alphaQuantizer});
   if (tuning == Tuning::imageQuality) AVIFLibrary::setCodecOption(*encoder, "color:tune", "iq");
@@ -131,9 +130,7 @@ std::optional<Bytes> encode(const avifImage& picture, const Job& job, Tuning tun
   // with smooth parts too.
   AVIFLibrary::setCodecOption(*encoder, "enable-intrabc", "0");
   AVIFLibrary::Output output;
-  const avifResult result = avifEncoderWrite(encoder.get(), &picture, &output.data);
-  if (result == AVIF_RESULT_INVALID_CODEC_SPECIFIC_OPTION) return std::nullopt;
-  require(result);
+  require(avifEncoderWrite(encoder.get(), &picture, &output.data));
   return Bytes(output.data.data, output.data.data + output.data.size);
 }
 
@@ -144,10 +141,17 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
                               ? Content::natural
                               : AVIFSettings::contentOf(measurements.characteristics);
   const AVIFLibrary::Picture picture = convert(image, content, threads);
-  for (const Tuning tuning : {Tuning::imageQuality, Tuning::structuralSimilarity}) {
-    if (auto file = encode(*picture, {quality, content, threads}, tuning)) return *std::move(file);
-  }
-  throw UnwritableImage("libaom refuses its options");
+  return encode(*picture, {quality, content, threads});
+}
+
+double codedQuality(double quality) {
+  return AVIFSettings::codedQuality(quality, AVIFSettings::bestTuning());
+}
+
+std::span<const QualityPoint> sampleScores() {
+  return AVIFSettings::bestTuning() == Tuning::imageQuality
+             ? QualityTables::avifSampleScoreTunedForImages()
+             : QualityTables::avifSampleScore();
 }
 
 }  // namespace
@@ -157,8 +161,9 @@ const ImageDestination avifDestination{
     // Deliberately never the best setting.
     .maximumQuality = 0.99,
     .encode = encode,
+    .codedQuality = codedQuality,
     // libaom codes pictures of 720 rows and more in another way.
     .sampleShape = {.bandOfSmall = 128, .bandOfLarge = 256, .mostPixels = 600'000},
-    .sampleScores = QualityTables::avifSampleScore};
+    .sampleScores = sampleScores};
 
 }  // namespace orvane

@@ -32,6 +32,13 @@ double marginFor(const ImageCharacteristics& characteristics, std::size_t band) 
                   smoothness * seamsWithoutGrain / static_cast<double>(band));
 }
 
+/// One sample's result: the mean score of photographs at the quality that was coded, and this
+/// picture's.
+struct Point {
+  double mean;
+  double score;
+};
+
 /// Encodes a picture at a quality and scores what it shows then.
 class Sampling {
  public:
@@ -39,6 +46,13 @@ class Sampling {
            const PictureMeasurements& measurements)
       : destination_(destination), sample_(sample), measurements_(measurements), score_(sample) {}
 
+  /// What `quality` gives: the mean and the score of the quality that is coded.
+  Point at(double quality) const {
+    return {settingAt(destination_.sampleScores(), destination_.codedQuality(quality)),
+            scoreAt(quality)};
+  }
+
+ private:
   double scoreAt(double quality) const {
     const Bytes file = destination_.encode(sample_, measurements_, quality, 1);
     const Image coded = ImageSource::create(file)->image();
@@ -46,17 +60,10 @@ class Sampling {
     return score_.of(rendered(coded, renderingSpace(coded.colorSpace), 8));
   }
 
- private:
   const ImageDestination& destination_;
   const Image& sample_;
   const PictureMeasurements& measurements_;
   StructuralScore score_;
-};
-
-/// One sample's result: the mean score of photographs at a quality, and this picture's.
-struct Point {
-  double mean;
-  double score;
 };
 
 /// The mean score at which this picture's is `aim`, on the line through two points.
@@ -68,14 +75,16 @@ double meanFor(double aim, Point first, Point second) {
 /// The quality at which the score lies between the mean at `quality` and `margin` above it.
 double movedQuality(const Sampling& sampling, std::span<const QualityPoint> means, double quality,
                     double margin) {
-  const Point first{settingAt(means, quality), sampling.scoreAt(quality)};
-  const double aim = std::clamp(first.score, first.mean, first.mean + margin);
+  const Point first = sampling.at(quality);
+  const double mean = settingAt(means, quality);
   // As if this picture's scores rose as the mean does.
-  const double guess = qualityAt(means, first.mean + aim - first.score);
-  const double guessedMean = settingAt(means, guess);
-  const double weight = std::clamp(std::abs(aim - first.score) / farOff - 1, 0.0, 1.0);
-  if (weight == 0 || guessedMean == first.mean) return guess;
-  const Point second{guessedMean, sampling.scoreAt(guess)};
+  const double score = mean + (first.score - first.mean);
+  const double aim = std::clamp(score, mean, mean + margin);
+  const double guess = qualityAt(means, mean + aim - score);
+  const double weight = std::clamp(std::abs(aim - score) / farOff - 1, 0.0, 1.0);
+  if (weight == 0) return guess;
+  const Point second = sampling.at(guess);
+  if (second.mean == first.mean) return guess;
   return std::lerp(guess, qualityAt(means, meanFor(aim, first, second)), weight);
 }
 

@@ -106,6 +106,23 @@ TEST_P(EveryDestination, staysWithinTheQualitiesThatThereAre) {
   }
 }
 
+/// The nearest of twenty steps.
+double stepped(double quality) { return std::round(quality * 20) / 20; }
+
+TEST(Look, countsTheStepThatIsCodedInPlaceOfTheQualityThatIsAsked) {
+  ImageDestination destination = jpegDestination;
+  destination.codedQuality = stepped;
+  destination.encode = [](const Image& image, const PictureMeasurements& measurements,
+                          double quality, int threads) {
+    return jpegDestination.encode(image, measurements, stepped(quality), threads);
+  };
+  const Image image = photograph(15);
+  const PictureMeasurements measurements = measuredAs(ContentClass::photo, image);
+  const double lower = qualityForLook(destination, image, measurements, 0.73);
+  const double upper = qualityForLook(destination, image, measurements, 0.77);
+  EXPECT_NEAR(upper - lower, 0.04, 0.01);
+}
+
 INSTANTIATE_TEST_SUITE_P(Look, EveryDestination,
                          testing::Values(ImageFormat::jpeg, ImageFormat::heic, ImageFormat::avif),
                          [](const auto& tested) {
