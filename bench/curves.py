@@ -30,6 +30,19 @@ def ratio_at_equal_score(curve, other, targets):
     return sum(ratios) / len(ratios) if ratios else math.nan
 
 
+def ratios_by_picture(curves, others, targets):
+    """{picture: ratio at equal score} of two encoders' {picture: curve}, where both reach a target."""
+    ratios = {picture: ratio_at_equal_score(curve, others.get(picture, []), targets)
+              for picture, curve in curves.items()}
+    return {picture: ratio for picture, ratio in ratios.items() if not math.isnan(ratio)}
+
+
+def geometric_mean(ratios):
+    """NaN where there are none."""
+    logarithms = [math.log(ratio) for ratio in ratios]
+    return math.exp(sum(logarithms) / len(logarithms)) if logarithms else math.nan
+
+
 def draw(path, title, measure, curves):
     """An SVG of all curves of a measure over bits per pixel on a logarithmic axis."""
     points = [point for curve in curves.values() for point in curve]
