@@ -2,68 +2,85 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
+
+#include "codecs/Luminance.h"
+#include "codecs/TransferCurve.h"
 
 namespace orvane::YCbCrRows {
 namespace {
 
-/// BT.601-7, 2.5.1: Kr = 0.299, Kb = 0.114; Cb = (B − Y) / 1.772, Cr = (R − Y) / 1.402. In units of
-/// 2^-16. The luma weights sum to 65536, so that white is 255; the chroma weights sum to 0, so that
-/// grey has no chroma.
-struct Weights {
-  int red, green, blue;
-};
-constexpr Weights luma{19595, 38470, 7471};
-constexpr Weights blueChroma{-11059, -21709, 32768};
-constexpr Weights redChroma{32768, -27439, -5329};
-constexpr int unit = 1 << 16;
-constexpr int half = unit / 2;
+/// The part of the change of luminance that luma makes up for. 1 is best where chroma is repeated,
+/// and too much on fine coloured detail where it is interpolated.
+constexpr float compensation = 0.7F;
 
-constexpr int weighted(const Weights& weights, int red, int green, int blue) {
-  return weights.red * red + weights.green * green + weights.blue * blue;
+using Quad = std::array<const std::uint8_t*, 4>;
+
+bool isUniform(const Quad& pixels) {
+  return std::all_of(pixels.begin() + 1, pixels.end(), [&](const std::uint8_t* pixel) {
+    return std::memcmp(pixel, pixels[0], 4) == 0;
+  });
 }
 
-/// A chroma value, rounded and offset by 128.
-std::uint8_t chromaSample(const Weights& weights, const std::array<int, 3>& color) {
-  const int value = weighted(weights, color[0], color[1], color[2]) + 128 * unit + half;
-  return static_cast<std::uint8_t>(std::min(value / unit, 255));
+Color colorOf(const std::uint8_t* pixel) {
+  return {static_cast<float>(pixel[0]), static_cast<float>(pixel[1]), static_cast<float>(pixel[2])};
 }
 
-using Block = std::array<const std::uint8_t*, 4>;
-
-/// The mean colour of four pixels, weighted with alpha; the plain mean when all are transparent.
-std::array<int, 3> mean(const Block& pixels) {
-  const int alphas = pixels[0][3] + pixels[1][3] + pixels[2][3] + pixels[3][3];
-  const int weight = alphas == 0 ? 4 : alphas;
-  std::array<int, 3> color{};
-  for (std::size_t c = 0; c < 3; ++c) {
-    int sum = weight / 2;
-    for (const std::uint8_t* pixel : pixels) sum += pixel[c] * (alphas == 0 ? 1 : pixel[3]);
-    color[c] = sum / weight;
+/// In linear light, weighted with alpha; the plain mean when all pixels are transparent.
+Color meanOf(const Quad& pixels) {
+  if (isUniform(pixels)) return colorOf(pixels[0]);
+  std::array<std::uint8_t, 4> weights{pixels[0][3], pixels[1][3], pixels[2][3], pixels[3][3]};
+  unsigned sum = weights[0] + weights[1] + weights[2] + weights[3];
+  if (sum == 0) {
+    weights.fill(1);
+    sum = 4;
   }
-  return color;
+  const TransferCurve& curve = TransferCurve::sRGB();
+  const auto mean = [&](std::size_t i) {
+    return curve.meanOf({pixels[0][i], pixels[1][i], pixels[2][i], pixels[3][i]}, weights, sum);
+  };
+  return {mean(0), mean(1), mean(2)};
+}
+
+std::uint8_t sample(float value) {
+  return static_cast<std::uint8_t>(std::clamp(value + 0.5F, 0.0F, 255.0F));
+}
+
+/// The luma of a pixel whose chroma, without its offset of 128, is shared with others.
+std::uint8_t lumaBeside(float blueDifference, float redDifference, const std::uint8_t* pixel) {
+  const auto& slopes = TransferCurve::sRGB().slopes();
+  const Color color = colorOf(pixel);
+  const Color error = colorDifferenceOf(blueDifference - blueDifferenceOf(color),
+                                        redDifference - redDifferenceOf(color));
+  const float change = lumaFor(error, {slopes[pixel[0]], slopes[pixel[1]], slopes[pixel[2]]});
+  return sample(lumaOf(color) -
+                compensation * std::clamp(change, -largestLumaChange, largestLumaChange));
 }
 
 }  // namespace
 
-void writeLuma(const std::uint8_t* rgba, std::size_t width, std::uint8_t* out) {
-  for (std::size_t x = 0; x < width; ++x, rgba += 4) {
-    out[x] = static_cast<std::uint8_t>((weighted(luma, rgba[0], rgba[1], rgba[2]) + half) / unit);
+void write(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t width,
+           const Rows& rows) {
+  for (std::size_t x = 0; x < width; x += 2) {
+    const std::size_t right = std::min(x + 1, width - 1);  // a last column has no partner
+    const Quad pixels{upper + x * 4, upper + right * 4, lower + x * 4, lower + right * 4};
+    const Color mean = meanOf(pixels);
+    const std::uint8_t cb = sample(blueDifferenceOf(mean) + 128);
+    const std::uint8_t cr = sample(redDifferenceOf(mean) + 128);
+    const auto luma = [&](std::size_t i) {
+      return lumaBeside(static_cast<float>(cb) - 128, static_cast<float>(cr) - 128, pixels[i]);
+    };
+    rows.upperLuma[x] = luma(0);
+    rows.upperLuma[right] = luma(1);
+    rows.lowerLuma[x] = luma(2);
+    rows.lowerLuma[right] = luma(3);
+    rows.cb[x / 2] = cb;
+    rows.cr[x / 2] = cr;
   }
 }
 
 void writeAlpha(const std::uint8_t* rgba, std::size_t width, std::uint8_t* out) {
   for (std::size_t x = 0; x < width; ++x) out[x] = rgba[x * 4 + 3];
-}
-
-void writeChroma(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t width,
-                 std::uint8_t* cb, std::uint8_t* cr) {
-  for (std::size_t x = 0; x < width; x += 2, upper += 8, lower += 8) {
-    const std::size_t right = x + 1 < width ? 4 : 0;  // a last column has no partner
-    const Block pixels{upper, upper + right, lower, lower + right};
-    const auto color = mean(pixels);
-    *cb++ = chromaSample(blueChroma, color);
-    *cr++ = chromaSample(redChroma, color);
-  }
 }
 
 }  // namespace orvane::YCbCrRows

@@ -3,17 +3,28 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Rows of 8-bit R, G, B, A to rows of YCbCr planes, by the matrix of Rec. ITU-R BT.601, full
+/// Rows of 8-bit R, G, B, A to rows of YCbCr 4:2:0 planes, by the matrix of Rec. ITU-R BT.601, full
 /// range.
 namespace orvane::YCbCrRows {
 
-/// One row: `width` samples.
-void writeLuma(const std::uint8_t* rgba, std::size_t width, std::uint8_t* luma);
-void writeAlpha(const std::uint8_t* rgba, std::size_t width, std::uint8_t* alpha);
+/// Two rows of `width` samples of luma, and one of (width + 1) / 2 samples of Cb and of Cr. A last
+/// row without a partner is both, upper and lower.
+struct Rows {
+  std::uint8_t* upperLuma;
+  std::uint8_t* lowerLuma;
+  std::uint8_t* cb;
+  std::uint8_t* cr;
+};
 
-/// One row of 4:2:0 chroma, (width + 1) / 2 samples, from the two rows that share it: the mean of
-/// each four pixels, weighted with alpha. For a last row without a partner, pass it twice.
-void writeChroma(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t width,
-                 std::uint8_t* cb, std::uint8_t* cr);
+/// Chroma is that of each four pixels' mean in linear light, weighted with alpha. Luma makes up for
+/// most of what the shared chroma changes of a pixel's luminance: not for all of it, since decoders
+/// that interpolate chroma change less than those that repeat it. Takes sRGB's transfer curve for
+/// every picture, which is an approximation for other RGB spaces. For a last row without a partner,
+/// pass it twice.
+void write(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t width,
+           const Rows& rows);
+
+/// One row: `width` samples.
+void writeAlpha(const std::uint8_t* rgba, std::size_t width, std::uint8_t* alpha);
 
 }  // namespace orvane::YCbCrRows

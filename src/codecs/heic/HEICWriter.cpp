@@ -57,10 +57,10 @@ HEIFImage convert(const Image& image, const ColorSpacePtr& space) {
   for (std::size_t y = 0; y < height; ++y) {
     Bytes& row = y % 2 == 0 ? upper : lower;
     renderer.render(y, row.data());
-    YCbCrRows::writeLuma(row.data(), width, luma.row(y));
     if (alpha) YCbCrRows::writeAlpha(row.data(), width, alpha->row(y));
     if (y % 2 == 1 || y + 1 == height) {
-      YCbCrRows::writeChroma(upper.data(), row.data(), width, cb.row(y / 2), cr.row(y / 2));
+      YCbCrRows::write(upper.data(), row.data(), width,
+                       {luma.row(y / 2 * 2), luma.row(y), cb.row(y / 2), cr.row(y / 2)});
     }
   }
   return result;

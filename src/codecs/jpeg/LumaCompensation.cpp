@@ -2,25 +2,11 @@
 
 #include <algorithm>
 
-#include "codecs/jpeg/TransferCurve.h"
-#include "codecs/jpeg/YCbCr.h"
+#include "codecs/Luminance.h"
+#include "codecs/TransferCurve.h"
+#include "codecs/YCbCr.h"
 
 namespace orvane {
-namespace {
-
-/// In steps of luma. A larger change would show by itself.
-constexpr float largestChange = 40;
-
-/// The luma that adds as much luminance to a pixel as an error of its channels does. `slopes` are
-/// those of the transfer curve at the pixel's channels; the weights of ITU-R BT.709.
-float lumaFor(const Color& error, const Color& slopes) {
-  const float red = 0.2126F * slopes.red;
-  const float green = 0.7152F * slopes.green;
-  const float blue = 0.0722F * slopes.blue;
-  return (red * error.red + green * error.green + blue * error.blue) / (red + green + blue);
-}
-
-}  // namespace
 
 LumaCompensation::LumaCompensation(std::size_t pictureWidth, std::size_t pictureHeight,
                                    JPEGSettings::Chroma chroma)
@@ -60,7 +46,7 @@ void LumaCompensation::applyToRow(const PixelStrip& pixels, std::size_t y,
         colorDifferenceOf(static_cast<float>(chroma[0][x]) - 128 - blueDifferenceOf(color),
                           static_cast<float>(chroma[1][x]) - 128 - redDifferenceOf(color));
     const float change = lumaFor(error, {slopes[red[x]], slopes[green[x]], slopes[blue[x]]});
-    luma[x] -= std::clamp(change, -largestChange, largestChange);
+    luma[x] -= std::clamp(change, -largestLumaChange, largestLumaChange);
   }
 }
 

@@ -1,7 +1,7 @@
 #include "codecs/jpeg/StripSampling.h"
 
-#include "codecs/jpeg/TransferCurve.h"
-#include "codecs/jpeg/YCbCr.h"
+#include "codecs/TransferCurve.h"
+#include "codecs/YCbCr.h"
 
 namespace orvane {
 namespace {

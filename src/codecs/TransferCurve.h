@@ -15,9 +15,15 @@ class TransferCurve {
   /// Of four pixels' numbers of one channel, 0…255: the number, 0…255, of their mean in linear
   /// light.
   float meanOf(const std::array<std::uint8_t, 4>& numbers) const {
-    unsigned sum = 0;
-    for (const std::uint8_t number : numbers) sum += light_[number];
-    return number_[sum / (lightSum / (number_.size() - 1))];
+    return meanOf(numbers, {1, 1, 1, 1}, 4);
+  }
+
+  /// The same, weighted. `sum` is that of the weights: at most 1020, and not 0.
+  float meanOf(const std::array<std::uint8_t, 4>& numbers,
+               const std::array<std::uint8_t, 4>& weights, unsigned sum) const {
+    unsigned light = 0;
+    for (std::size_t i = 0; i < numbers.size(); ++i) light += light_[numbers[i]] * weights[i];
+    return number_[light * 4 / sum / (lightSum / (number_.size() - 1))];
   }
 
   /// Linear light that one step of a channel's number adds, at each number. Relative.

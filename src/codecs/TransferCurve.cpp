@@ -1,4 +1,4 @@
-#include "codecs/jpeg/TransferCurve.h"
+#include "codecs/TransferCurve.h"
 
 #include <cmath>
 
