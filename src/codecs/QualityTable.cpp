@@ -31,8 +31,8 @@ constexpr QualityPoint avifQuantizerTunedForImagesTable[]{
 
 // Above 0.95, 4:2:0 chroma limits the score, and finer steps cost more than they gain.
 constexpr QualityPoint heicRateFactorTable[]{
-    {0.00, 41},    {0.30, 35.94}, {0.40, 34.52}, {0.50, 33.18}, {0.60, 31.44}, {0.70, 29.53},
-    {0.75, 28.23}, {0.80, 26.24}, {0.85, 23.78}, {0.90, 20.3},  {0.95, 13.6},  {1.00, 11.5},
+    {0.00, 41},   {0.30, 35.6},  {0.40, 34.2}, {0.50, 33.05}, {0.60, 31.3}, {0.70, 29.46},
+    {0.75, 28.2}, {0.80, 26.25}, {0.85, 23.9}, {0.90, 20.7},  {0.95, 14.4}, {1.00, 11.5},
 };
 
 constexpr QualityPoint jpegSampleScoreTable[]{

@@ -38,7 +38,22 @@ X265Library::Param stillPicture(Size size, int chromaFormat) {
   return param;
 }
 
+/// Photographs are as small at the same score in two thirds of the time when modes are chosen by an
+/// estimate, in blocks of at most 32 pixels, and signs are written as they are. Smoothing samples
+/// by offsets costs score.
+void choosePhotographSettings(x265_param& param) {
+  param.rdLevel = 1;
+  param.maxCUSize = 32;
+  param.bEnableSignHiding = 0;
+  param.bEnableTransformSkip = 0;
+  param.bEnableSAO = 0;
+}
+
 }  // namespace
+
+Content contentOf(const ImageCharacteristics& characteristics) {
+  return characteristics.contentClass < ContentClass::photo ? Content::graphics : Content::natural;
+}
 
 int rateFactorInHundredths(double quality) {
   return static_cast<int>(std::round(settingAt(QualityTables::heicRateFactor(), quality) * 100));
@@ -47,7 +62,7 @@ int rateFactorInHundredths(double quality) {
 /// These give the best SSIMULACRA 2 score for size and time: choosing coefficients by their cost is
 /// all that slower presets gain by; adaptive quantisation is gentler than the preset's; chroma is
 /// finer; deblocking leaves detail alone; and residuals without a transform suit text and drawings.
-X265Library::Param forColor(Size size, double rateFactor) {
+X265Library::Param forColor(Size size, double rateFactor, Content content) {
   X265Library::Param param = stillPicture(size, X265_CSP_I420);
   param->rc.rateControlMode = X265_RC_CRF;
   param->rc.rfConstant = std::floor(rateFactor);  // x265 drops the fraction in any case
@@ -61,6 +76,7 @@ X265Library::Param forColor(Size size, double rateFactor) {
   param->crQpOffset = -6;
   param->deblockingFilterTCOffset = -1;
   param->deblockingFilterBetaOffset = -1;
+  if (content == Content::natural) choosePhotographSettings(*param);
   return param;
 }
 

@@ -107,7 +107,8 @@ Bytes serialized(heif_context* context) {
   return file;
 }
 
-Bytes encode(const Image& image, const PictureMeasurements&, double quality, int threads) try {
+Bytes encode(const Image& image, const PictureMeasurements& measurements, double quality,
+             int threads) try {
   if (image.width == 0 || image.height == 0) throw UnwritableImage("an empty picture");
   const ColorSpacePtr space = renderingSpace(image.colorSpace);
   const HEIFImage planes = convert(image, space);
@@ -121,6 +122,9 @@ Bytes encode(const Image& image, const PictureMeasurements&, double quality, int
       heif_encoder_set_lossy_quality(encoder.get(), HEICSettings::rateFactorInHundredths(quality)));
   HEIFLibrary::check(
       heif_encoder_set_parameter_integer(encoder.get(), hevcEncoderThreads, threads));
+  HEIFLibrary::check(heif_encoder_set_parameter_integer(
+      encoder.get(), hevcEncoderContent,
+      static_cast<int>(HEICSettings::contentOf(measurements.characteristics))));
   const HEIFEncodingOptions options = HEIFLibrary::makeEncodingOptions();
   options->output_nclx_profile = description.get();
   HEIFLibrary::check(heif_context_encode_image(context.get(), planes.get(), encoder.get(),

@@ -21,9 +21,15 @@ constexpr int priority = 200;
 
 constexpr heif_error success{heif_error_Ok, heif_suberror_Unspecified, "Success"};
 
-struct Encoder {
+/// How colours are coded.
+struct Job {
   double rateFactor = 28;
+  HEICSettings::Content content = HEICSettings::Content::graphics;
   int threads = 1;
+};
+
+struct Encoder {
+  Job job;
   std::vector<Bytes> units;  ///< NAL units of the last picture
   std::size_t nextUnit = 0;
 };
@@ -101,17 +107,18 @@ HEICSettings::Size codedSize(const heif_image* image) {
           coded(heif_image_get_height(image, heif_channel_Y))};
 }
 
-std::vector<Bytes> encode(const heif_image* image, bool isAlpha, double rateFactor, int threads) {
+std::vector<Bytes> encode(const heif_image* image, bool isAlpha, const Job& job) {
   const HEICSettings::Size size = codedSize(image);
   // Adds memory around the picture, whose pixels stay the same.
   HEIFLibrary::check(
       heif_image_extend_padding_to_size(const_cast<heif_image*>(image), size.width, size.height));
-  const X265Library::Param param =
-      isAlpha ? HEICSettings::forAlpha(size) : HEICSettings::forColor(size, rateFactor);
+  const X265Library::Param param = isAlpha
+                                       ? HEICSettings::forAlpha(size)
+                                       : HEICSettings::forColor(size, job.rateFactor, job.content);
   std::vector<float> offsets;
-  if (!isAlpha) offsets = blockOffsets(*param, rateFactor);
+  if (!isAlpha) offsets = blockOffsets(*param, job.rateFactor);
   describeColor(*param, image);
-  const X265Library::Encoder encoder = X265Library::makeEncoder(*param, threads);
+  const X265Library::Encoder encoder = X265Library::makeEncoder(*param, job.threads);
   const X265Library::Picture picture = pictureOf(image, *param);
   if (!isAlpha) picture->quantOffsets = offsets.data();
   return encodedUnits(encoder.get(), picture.get());
@@ -130,15 +137,19 @@ heif_error newEncoder(void** encoder) {
 void freeEncoder(void* encoder) { delete static_cast<Encoder*>(encoder); }
 
 heif_error setQuality(void* encoder, int hundredths) {
-  static_cast<Encoder*>(encoder)->rateFactor = hundredths / 100.0;
+  static_cast<Encoder*>(encoder)->job.rateFactor = hundredths / 100.0;
   return success;
 }
 
 heif_error setInteger(void* encoder, const char* name, int value) {
-  if (std::strcmp(name, hevcEncoderThreads) != 0) {
+  Job& job = static_cast<Encoder*>(encoder)->job;
+  if (std::strcmp(name, hevcEncoderThreads) == 0) {
+    job.threads = value;
+  } else if (std::strcmp(name, hevcEncoderContent) == 0) {
+    job.content = static_cast<HEICSettings::Content>(value);
+  } else {
     return {heif_error_Usage_error, heif_suberror_Unsupported_parameter, "no such number"};
   }
-  static_cast<Encoder*>(encoder)->threads = value;
   return success;
 }
 
@@ -158,8 +169,7 @@ heif_error encodeImage(void* encoder, const heif_image* image, heif_image_input_
   auto& state = *static_cast<Encoder*>(encoder);
   try {
     state.nextUnit = 0;
-    state.units =
-        encode(image, inputClass == heif_image_input_class_alpha, state.rateFactor, state.threads);
+    state.units = encode(image, inputClass == heif_image_input_class_alpha, state.job);
     return success;
   } catch (const std::exception&) {
     state.units.clear();

@@ -5,6 +5,8 @@
 namespace orvane {
 namespace {
 
+using HEICSettings::Content;
+
 TEST(HEICSettings, spendMoreBitsOnEveryHundredthOfQuality) {
   int previous = 5100;
   for (int percent = 0; percent <= 100; ++percent) {
@@ -15,8 +17,12 @@ TEST(HEICSettings, spendMoreBitsOnEveryHundredthOfQuality) {
   EXPECT_GT(previous, 0) << "lossy at the highest quality";
 }
 
+X265Library::Param photograph(HEICSettings::Size size, double rateFactor = 23) {
+  return HEICSettings::forColor(size, rateFactor, Content::natural);
+}
+
 TEST(HEICSettings, codeColoursByRateFactorAndAlphaByAQuantizer) {
-  const X265Library::Param color = HEICSettings::forColor({640, 480}, 23.7);
+  const X265Library::Param color = photograph({640, 480}, 23.7);
   EXPECT_EQ(color->rc.rateControlMode, X265_RC_CRF);
   EXPECT_EQ(color->rc.rfConstant, 23);
   EXPECT_EQ(color->internalCsp, X265_CSP_I420);
@@ -28,16 +34,30 @@ TEST(HEICSettings, codeColoursByRateFactorAndAlphaByAQuantizer) {
 }
 
 TEST(HEICSettings, letThreadsShareTheRowsOfLargePictures) {
-  EXPECT_EQ(HEICSettings::forColor({1000, 1000}, 23)->bEnableWavefront, 1);
+  EXPECT_EQ(photograph({1000, 1000})->bEnableWavefront, 1);
   EXPECT_EQ(HEICSettings::forAlpha({1000, 1000})->bEnableWavefront, 1);
-  EXPECT_EQ(HEICSettings::forColor({1000, 998}, 23)->bEnableWavefront, 0);
+  EXPECT_EQ(photograph({1000, 998})->bEnableWavefront, 0);
 }
 
 TEST(HEICSettings, startNoThreadsBesideTheOneThatCodes) {
-  const X265Library::Param param = HEICSettings::forColor({640, 480}, 23);
+  const X265Library::Param param = photograph({640, 480});
   EXPECT_EQ(param->frameNumThreads, 1);
   EXPECT_EQ(param->bEnableWavefront, 0);
   EXPECT_STREQ(param->numaPools, "none");
+}
+
+TEST(HEICSettings, spendLessTimeOnPhotographs) {
+  using enum ContentClass;
+  for (const ContentClass contentClass : {flatGraphic, screenContent, illustration}) {
+    EXPECT_EQ(HEICSettings::contentOf({.contentClass = contentClass}), Content::graphics);
+  }
+  for (const ContentClass contentClass : {photo, detailedPhoto}) {
+    EXPECT_EQ(HEICSettings::contentOf({.contentClass = contentClass}), Content::natural);
+  }
+  const X265Library::Param drawing = HEICSettings::forColor({640, 480}, 23, Content::graphics);
+  EXPECT_LT(photograph({640, 480})->rdLevel, drawing->rdLevel);
+  EXPECT_TRUE(drawing->bEnableTransformSkip);
+  EXPECT_FALSE(photograph({640, 480})->bEnableTransformSkip);
 }
 
 }  // namespace
