@@ -1,20 +1,29 @@
 #pragma once
 
+#include <algorithm>
+
 #include "codecs/YCbCr.h"
 
 namespace orvane {
 
-/// The luma that adds as much luminance to a pixel as an error of its channels does, by the weights
-/// of ITU-R BT.709. `slopes` are those of the transfer curve at the pixel's channels.
-inline float lumaFor(const Color& error, const Color& slopes) {
+/// The luma, in steps of 255, that adds as much luminance to a pixel as an error of its chroma
+/// does, by the weights of ITU-R BT.709. `slopes` are those of the transfer curve at the pixel's
+/// channels. The result is at most 40 up or down: a larger change of luma would show by itself.
+inline float lumaChangeFor(const Color& color, const Color& slopes, float blueDifferenceError,
+                           float redDifferenceError) {
+  const Color error = colorDifferenceOf(blueDifferenceError, redDifferenceError);
+  // A display shows no less than 0 and no more than 255 of a channel.
+  const auto shown = [](float channel, float change) {
+    return std::clamp(channel + change, 0.0F, 255.0F) - channel;
+  };
   const float red = 0.2126F * slopes.red;
   const float green = 0.7152F * slopes.green;
   const float blue = 0.0722F * slopes.blue;
-  return (red * error.red + green * error.green + blue * error.blue) / (red + green + blue);
+  const float change =
+      (red * shown(color.red, error.red) + green * shown(color.green, error.green) +
+       blue * shown(color.blue, error.blue)) /
+      (red + green + blue);
+  return std::clamp(change, -40.0F, 40.0F);
 }
-
-/// The most that is taken from luma for errors of chroma, in steps of 255. A larger change would
-/// show by itself.
-inline constexpr float largestLumaChange = 40;
 
 }  // namespace orvane

@@ -12,13 +12,12 @@ class TransferCurve {
  public:
   static const TransferCurve& sRGB();
 
-  /// Of four pixels' numbers of one channel, 0…255: the number, 0…255, of their mean in linear
-  /// light.
+  /// The mean of four pixels' numbers of one channel in linear light, as a number 0…255.
   float meanOf(const std::array<std::uint8_t, 4>& numbers) const {
     return meanOf(numbers, {1, 1, 1, 1}, 4);
   }
 
-  /// The same, weighted. `sum` is that of the weights: at most 1020, and not 0.
+  /// The same, weighted. `sum` is the sum of the weights, 1…1020.
   float meanOf(const std::array<std::uint8_t, 4>& numbers,
                const std::array<std::uint8_t, 4>& weights, unsigned sum) const {
     unsigned light = 0;

@@ -10,15 +10,15 @@
 namespace orvane::YCbCrRows {
 namespace {
 
-/// The part of the change of luminance that luma makes up for. 1 is best where chroma is repeated,
-/// and too much on fine coloured detail where it is interpolated.
+/// The part of the luminance error that luma corrects. 1 is best when a decoder repeats chroma, but
+/// too much on fine coloured detail when it interpolates.
 constexpr float compensation = 0.7F;
 
 using Quad = std::array<const std::uint8_t*, 4>;
 
-bool isUniform(const Quad& pixels) {
+bool haveOneColor(const Quad& pixels) {
   return std::all_of(pixels.begin() + 1, pixels.end(), [&](const std::uint8_t* pixel) {
-    return std::memcmp(pixel, pixels[0], 4) == 0;
+    return std::memcmp(pixel, pixels[0], 3) == 0;
   });
 }
 
@@ -28,7 +28,8 @@ Color colorOf(const std::uint8_t* pixel) {
 
 /// In linear light, weighted with alpha; the plain mean when all pixels are transparent.
 Color meanOf(const Quad& pixels) {
-  if (isUniform(pixels)) return colorOf(pixels[0]);
+  // The transfer curve's tables are rounded, and plain areas are common.
+  if (haveOneColor(pixels)) return colorOf(pixels[0]);
   std::array<std::uint8_t, 4> weights{pixels[0][3], pixels[1][3], pixels[2][3], pixels[3][3]};
   unsigned sum = weights[0] + weights[1] + weights[2] + weights[3];
   if (sum == 0) {
@@ -50,17 +51,16 @@ std::uint8_t sample(float value) {
 std::uint8_t lumaBeside(float blueDifference, float redDifference, const std::uint8_t* pixel) {
   const auto& slopes = TransferCurve::sRGB().slopes();
   const Color color = colorOf(pixel);
-  const Color error = colorDifferenceOf(blueDifference - blueDifferenceOf(color),
-                                        redDifference - redDifferenceOf(color));
-  const float change = lumaFor(error, {slopes[pixel[0]], slopes[pixel[1]], slopes[pixel[2]]});
-  return sample(lumaOf(color) -
-                compensation * std::clamp(change, -largestLumaChange, largestLumaChange));
+  const float change = lumaChangeFor(color, {slopes[pixel[0]], slopes[pixel[1]], slopes[pixel[2]]},
+                                     blueDifference - blueDifferenceOf(color),
+                                     redDifference - redDifferenceOf(color));
+  return sample(lumaOf(color) - compensation * change);
 }
 
 }  // namespace
 
-void write(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t width,
-           const Rows& rows) {
+void writeColor(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t width,
+                const Rows& rows) {
   for (std::size_t x = 0; x < width; x += 2) {
     const std::size_t right = std::min(x + 1, width - 1);  // a last column has no partner
     const Quad pixels{upper + x * 4, upper + right * 4, lower + x * 4, lower + right * 4};

@@ -21,6 +21,14 @@ TEST(TransferCurve, takesMeansInLinearLight) {
   EXPECT_FLOAT_EQ(curve.meanOf({255, 255, 255, 255}), 255);
 }
 
+TEST(TransferCurve, weightsNumbers) {
+  const TransferCurve& curve = TransferCurve::sRGB();
+  EXPECT_FLOAT_EQ(curve.meanOf({255, 255, 255, 255}, {255, 255, 255, 255}, 1020), 255);
+  EXPECT_EQ(curve.meanOf({9, 50, 120, 200}, {7, 7, 7, 7}, 28), curve.meanOf({9, 50, 120, 200}));
+  EXPECT_EQ(curve.meanOf({255, 0, 0, 0}, {0, 0, 0, 255}, 255), curve.meanOf({0, 0, 0, 0}));
+  EXPECT_NEAR(curve.meanOf({255, 0, 0, 0}, {255, 255, 0, 0}, 510), 187.5, 0.3);
+}
+
 TEST(TransferCurve, getsSteeper) {
   const auto& slopes = TransferCurve::sRGB().slopes();
   for (std::size_t i = 1; i < slopes.size(); ++i) EXPECT_GE(slopes[i], slopes[i - 1]) << i;

@@ -31,7 +31,7 @@ Planes planesOf(const std::array<Pixel, 4>& quad) {
   std::array<std::uint8_t, 4> luma{};
   std::uint8_t cb = 0;
   std::uint8_t cr = 0;
-  YCbCrRows::write(upper.data(), lower.data(), 2, {&luma[0], &luma[2], &cb, &cr});
+  YCbCrRows::writeColor(upper.data(), lower.data(), 2, {&luma[0], &luma[2], &cb, &cr});
   return {{luma[0], luma[1], luma[2], luma[3]}, cb, cr};
 }
 
@@ -101,12 +101,19 @@ TEST(YCbCrRows, makesUpInLumaForTheLuminanceThatSharedChromaChanges) {
   }
 }
 
+TEST(YCbCrRows, leavesTheLumaOfBlackBesideSaturatedColors) {
+  const Pixel black{0, 0, 0, 255};
+  const Planes planes = planesOf({Pixel{255, 0, 0, 255}, black, black, black});
+  for (const std::size_t i : {1, 2, 3}) EXPECT_EQ(planes.luma[i], 0) << i;
+}
+
 TEST(YCbCrRows, takesALastColumnAndRowWithoutPartners) {
   const Bytes row{10, 10, 10, 255, 20, 20, 20, 255, red[0], red[1], red[2], 255};
   std::array<std::uint8_t, 3> luma{};
   std::array<std::uint8_t, 2> cb{};
   std::array<std::uint8_t, 2> cr{};
-  YCbCrRows::write(row.data(), row.data(), 3, {luma.data(), luma.data(), cb.data(), cr.data()});
+  YCbCrRows::writeColor(row.data(), row.data(), 3,
+                        {luma.data(), luma.data(), cb.data(), cr.data()});
   EXPECT_EQ(luma[0], 10);
   EXPECT_EQ(luma[1], 20);
   EXPECT_NEAR(luma[2], 83.9, 0.8);

@@ -20,7 +20,7 @@ struct Size {
 
 enum class Content {
   graphics,  ///< screens, drawings, paintings
-  natural,   ///< photographs
+  photograph,
 };
 
 Content contentOf(const ImageCharacteristics& characteristics);

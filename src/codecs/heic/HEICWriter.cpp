@@ -59,8 +59,8 @@ HEIFImage convert(const Image& image, const ColorSpacePtr& space) {
     renderer.render(y, row.data());
     if (alpha) YCbCrRows::writeAlpha(row.data(), width, alpha->row(y));
     if (y % 2 == 1 || y + 1 == height) {
-      YCbCrRows::write(upper.data(), row.data(), width,
-                       {luma.row(y / 2 * 2), luma.row(y), cb.row(y / 2), cr.row(y / 2)});
+      YCbCrRows::writeColor(upper.data(), row.data(), width,
+                            {luma.row(y / 2 * 2), luma.row(y), cb.row(y / 2), cr.row(y / 2)});
     }
   }
   return result;

@@ -21,7 +21,7 @@ constexpr int priority = 200;
 
 constexpr heif_error success{heif_error_Ok, heif_suberror_Unspecified, "Success"};
 
-/// How colours are coded.
+/// How a picture is coded. Of this, alpha takes the threads only.
 struct Job {
   double rateFactor = 28;
   HEICSettings::Content content = HEICSettings::Content::graphics;

@@ -42,11 +42,9 @@ void LumaCompensation::applyToRow(const PixelStrip& pixels, std::size_t y,
   for (std::size_t x = 0; x < width_; ++x) {
     const Color color{static_cast<float>(red[x]), static_cast<float>(green[x]),
                       static_cast<float>(blue[x])};
-    const Color error =
-        colorDifferenceOf(static_cast<float>(chroma[0][x]) - 128 - blueDifferenceOf(color),
-                          static_cast<float>(chroma[1][x]) - 128 - redDifferenceOf(color));
-    const float change = lumaFor(error, {slopes[red[x]], slopes[green[x]], slopes[blue[x]]});
-    luma[x] -= std::clamp(change, -largestLumaChange, largestLumaChange);
+    luma[x] -= lumaChangeFor(color, {slopes[red[x]], slopes[green[x]], slopes[blue[x]]},
+                             static_cast<float>(chroma[0][x]) - 128 - blueDifferenceOf(color),
+                             static_cast<float>(chroma[1][x]) - 128 - redDifferenceOf(color));
   }
 }
 

@@ -197,6 +197,17 @@ TEST(HEICWriter, growsWithQuality) {
   }
 }
 
+TEST(HEICWriter, codesPhotographsAndDrawingsInTheirOwnWays) {
+  const Image image = test::noisyImage(256, 192);
+  const auto codedAs = [&](ContentClass contentClass) {
+    PictureMeasurements measurements = test::measured(image);
+    measurements.characteristics.contentClass = contentClass;
+    return ImageDestination::of(ImageFormat::heic)->encode(image, measurements, 0.75, 1);
+  };
+  EXPECT_NE(codedAs(ContentClass::photo), codedAs(ContentClass::illustration));
+  EXPECT_EQ(codedAs(ContentClass::photo), codedAs(ContentClass::detailedPhoto));
+}
+
 TEST(HEICWriter, givesTheSameBytesOnAnyNumberOfThreads) {
   for (const Image& picture : {test::noisyImage(1300, 801), test::alphaGradientImage(801, 1300),
                                test::noisyImage(90, 70)}) {
