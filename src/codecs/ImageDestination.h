@@ -36,7 +36,7 @@ struct ImageDestination {
   Bytes (*encode)(const Image& image, const PictureMeasurements& measurements, double quality,
                   int threads);
 
-  /// The quality, near `quality`, that `encode` really takes, where settings are whole numbers.
+  /// The quality whose setting `encode` uses, after rounding it to a whole one where it must.
   double (*codedQuality)(double quality) = [](double quality) { return quality; };
 
   SampleShape sampleShape;  ///< bands are at least as wide as the encoder's largest blocks

@@ -1,23 +1,28 @@
 #include "codecs/avif/AVIFLibrary.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
-#include <string_view>
 
 namespace orvane::AVIFLibrary {
 
-Version aomVersion() {
-  std::array<char, 256> list;  // such as "dav1d [dec]:1.0.0, aom [enc/dec]:v3.6.0"
-  avifCodecVersions(list.data());
-  const std::string_view codecs(list.data());
-  const std::string_view aom = codecs.substr(std::min(codecs.find("aom ["), codecs.size()));
-  const std::string_view number = aom.substr(std::min(aom.find(":v"), aom.size()));
+Version aomVersionIn(std::string_view codecs) {
+  constexpr std::string_view name = "aom [";
+  constexpr std::string_view digits = "0123456789";
+  const std::size_t begin = std::min(codecs.find(name), codecs.size());
+  const std::size_t colon = std::min(codecs.find(':', begin), codecs.size());
+  const std::size_t number = std::min(codecs.find_first_of(digits, colon), codecs.size());
+  const char* const end = codecs.data() + codecs.size();
   Version version;
-  if (number.empty()) return version;
-  const char* const end = number.data() + number.size();
-  const auto major = std::from_chars(number.data() + 2, end, version.major);
+  const auto major = std::from_chars(codecs.data() + number, end, version.major);
   if (major.ptr != end) std::from_chars(major.ptr + 1, end, version.minor);
   return version;
+}
+
+Version aomVersion() {
+  std::array<char, 256> codecs;
+  avifCodecVersions(codecs.data());
+  return aomVersionIn(codecs.data());
 }
 
 Decoder makeDecoder() { return owned<Decoder>(avifDecoderCreate()); }

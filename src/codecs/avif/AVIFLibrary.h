@@ -3,6 +3,7 @@
 #include <avif/avif.h>
 
 #include <compare>
+#include <string_view>
 
 #include "platform/foundation/Bytes.h"
 #include "platform/foundation/Handle.h"
@@ -21,8 +22,12 @@ struct Version {
   auto operator<=>(const Version&) const = default;
 };
 
-/// That of libaom behind libavif; 0.0 when libavif has no libaom.
+/// The version of the libaom that libavif uses; 0.0 when it uses none.
 Version aomVersion();
+
+/// The same from libavif's list of codecs, such as "dav1d [dec]:1.0.0, aom [enc/dec]:v3.6.0". Some
+/// builds leave out the "v".
+Version aomVersionIn(std::string_view codecs);
 
 /// The file that an encoder has written.
 struct Output {

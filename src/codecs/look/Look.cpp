@@ -46,7 +46,6 @@ class Sampling {
            const PictureMeasurements& measurements)
       : destination_(destination), sample_(sample), measurements_(measurements), score_(sample) {}
 
-  /// What `quality` gives: the mean and the score of the quality that is coded.
   Point at(double quality) const {
     return {settingAt(destination_.sampleScores(), destination_.codedQuality(quality)),
             scoreAt(quality)};

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 namespace orvane {
 namespace {
@@ -80,8 +81,8 @@ Plane<float> planeOf(const LinearPlanes& linear, Number number) {
 
 LinearPlanes linearPlanes(const Image& image) {
   const std::array<float, 256> table = makeDecodingTable();
-  const Plane<float> empty(image.width, image.height);
-  LinearPlanes planes{empty, empty, empty};
+  Plane<float> empty(image.width, image.height);
+  LinearPlanes planes{empty, empty, std::move(empty)};
   for (std::size_t y = 0; y < image.height; ++y) {
     const std::uint8_t* const row = image.row(y);
     for (std::size_t channel = 0; channel < planes.size(); ++channel) {

@@ -59,7 +59,7 @@ class MapRow {
   explicit MapRow(std::size_t width) : structure_(width), artifact_(width), detail_(width) {}
 
   void measure(const float* source, const float* coded, const WindowedMoments& moments) {
-    // Compilers make vectors of loops with few arrays only.
+    // Compilers vectorize loops over few arrays only.
     measureStructure(moments);
     measureEdges(source, coded, moments);
   }

@@ -20,7 +20,7 @@ struct ColumnSums {
   std::array<std::array<float, lanes>, 5> moments;
 
   void add(const float* source, const float* coded, std::size_t count, float weight) {
-    // Compilers make vectors of the loop when its count is constant.
+    // Compilers vectorize the loop when its count is constant.
     if (count == lanes) return addSamples(source, coded, lanes, weight);
     addSamples(source, coded, count, weight);
   }
