@@ -13,6 +13,10 @@ enum class ContentClass : std::uint8_t {
   detailedPhoto,  ///< photographic content with strong fine detail or noise
 };
 
+constexpr bool isPhotograph(ContentClass contentClass) {
+  return contentClass >= ContentClass::photo;
+}
+
 /// Statistics of a sparse grid of samples of one picture, and the class drawn from them.
 struct ImageCharacteristics {
   std::int64_t width = 0;   ///< pixels

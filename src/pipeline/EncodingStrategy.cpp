@@ -58,7 +58,7 @@ double effectiveQuality(double perceptualQuality, ContentClass contentClass) {
 
 bool prefersLossless(const ImageCharacteristics& characteristics, double quality) {
   return quality >= 95 || (quality >= 85 && characteristics.uniqueColorsCapped &&
-                           characteristics.contentClass >= ContentClass::photo);
+                           isPhotograph(characteristics.contentClass));
 }
 
 EncodingPlan::Effort effort(std::int64_t pixels) {

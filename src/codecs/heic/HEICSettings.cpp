@@ -50,11 +50,6 @@ void setForPhotographs(x265_param& param) {
 
 }  // namespace
 
-Content contentOf(const ImageCharacteristics& characteristics) {
-  return characteristics.contentClass < ContentClass::photo ? Content::graphics
-                                                            : Content::photograph;
-}
-
 int rateFactorInHundredths(double quality) {
   return static_cast<int>(std::round(settingAt(QualityTables::heicRateFactor(), quality) * 100));
 }
@@ -63,7 +58,7 @@ int rateFactorInHundredths(double quality) {
 /// their cost is all that slower presets gain by; adaptive quantisation is gentler than the
 /// preset's; chroma is finer; deblocking leaves detail alone; and residuals without a transform
 /// suit text and drawings.
-X265Library::Param forColor(Size size, double rateFactor, Content content) {
+X265Library::Param forColor(Size size, double rateFactor, bool isPhotograph) {
   X265Library::Param param = stillPicture(size, X265_CSP_I420);
   param->rc.rateControlMode = X265_RC_CRF;
   param->rc.rfConstant = std::floor(rateFactor);  // x265 drops the fraction in any case
@@ -77,7 +72,7 @@ X265Library::Param forColor(Size size, double rateFactor, Content content) {
   param->crQpOffset = -6;
   param->deblockingFilterTCOffset = -1;
   param->deblockingFilterBetaOffset = -1;
-  if (content == Content::photograph) setForPhotographs(*param);
+  if (isPhotograph) setForPhotographs(*param);
   return param;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "codecs/heic/X265Library.h"
-#include "picture/ImageCharacteristics.h"
 
 /// The settings of x265.
 namespace orvane::HEICSettings {
@@ -18,16 +17,9 @@ struct Size {
   int width, height;
 };
 
-enum class Content {
-  graphics,  ///< screens, drawings, paintings
-  photograph,
-};
-
-Content contentOf(const ImageCharacteristics& characteristics);
-
 /// Both are for one picture of 8 bits. x265 can share the rows of large ones among threads. They
 /// throw std::bad_alloc, and std::runtime_error when x265 lacks something.
-X265Library::Param forColor(Size size, double rateFactor, Content content);
+X265Library::Param forColor(Size size, double rateFactor, bool isPhotograph);
 X265Library::Param forAlpha(Size size);
 
 }  // namespace orvane::HEICSettings

@@ -123,8 +123,8 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
   HEIFLibrary::check(
       heif_encoder_set_parameter_integer(encoder.get(), hevcEncoderThreads, threads));
   HEIFLibrary::check(heif_encoder_set_parameter_integer(
-      encoder.get(), hevcEncoderContent,
-      static_cast<int>(HEICSettings::contentOf(measurements.characteristics))));
+      encoder.get(), hevcEncoderPhotograph,
+      isPhotograph(measurements.characteristics.contentClass) ? 1 : 0));
   const HEIFEncodingOptions options = HEIFLibrary::makeEncodingOptions();
   options->output_nclx_profile = description.get();
   HEIFLibrary::check(heif_context_encode_image(context.get(), planes.get(), encoder.get(),

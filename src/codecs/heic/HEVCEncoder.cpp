@@ -24,7 +24,7 @@ constexpr heif_error success{heif_error_Ok, heif_suberror_Unspecified, "Success"
 /// How a picture is coded. Of this, alpha takes the threads only.
 struct Job {
   double rateFactor = 28;
-  HEICSettings::Content content = HEICSettings::Content::graphics;
+  bool isPhotograph = false;
   int threads = 1;
 };
 
@@ -112,9 +112,9 @@ std::vector<Bytes> encode(const heif_image* image, bool isAlpha, const Job& job)
   // Adds memory around the picture, whose pixels stay the same.
   HEIFLibrary::check(
       heif_image_extend_padding_to_size(const_cast<heif_image*>(image), size.width, size.height));
-  const X265Library::Param param = isAlpha
-                                       ? HEICSettings::forAlpha(size)
-                                       : HEICSettings::forColor(size, job.rateFactor, job.content);
+  const X265Library::Param param =
+      isAlpha ? HEICSettings::forAlpha(size)
+              : HEICSettings::forColor(size, job.rateFactor, job.isPhotograph);
   std::vector<float> offsets;
   if (!isAlpha) offsets = blockOffsets(*param, job.rateFactor);
   describeColor(*param, image);
@@ -145,8 +145,8 @@ heif_error setInteger(void* encoder, const char* name, int value) {
   Job& job = static_cast<Encoder*>(encoder)->job;
   if (std::strcmp(name, hevcEncoderThreads) == 0) {
     job.threads = value;
-  } else if (std::strcmp(name, hevcEncoderContent) == 0) {
-    job.content = static_cast<HEICSettings::Content>(value);
+  } else if (std::strcmp(name, hevcEncoderPhotograph) == 0) {
+    job.isPhotograph = value != 0;
   } else {
     return {heif_error_Usage_error, heif_suberror_Unsupported_parameter, "no such number"};
   }

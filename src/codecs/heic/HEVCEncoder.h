@@ -17,8 +17,7 @@ extern const heif_encoder_plugin hevcEncoder;
 /// The parameter that says how many threads may code a picture, where it is large: 1 without it.
 inline constexpr const char* hevcEncoderThreads = "threads";
 
-/// The parameter that says what a picture shows: a HEICSettings::Content as a number. The
-/// default is graphics.
-inline constexpr const char* hevcEncoderContent = "content";
+/// The parameter that says whether a picture is a photograph: 1 or 0. The default is 0.
+inline constexpr const char* hevcEncoderPhotograph = "photograph";
 
 }  // namespace orvane

@@ -16,10 +16,6 @@ namespace {
 /// counts in full from twice as far on, so that sizes rise with the quality.
 constexpr double farOff = 2.5;
 
-bool isGraphics(const ImageCharacteristics& characteristics) {
-  return characteristics.contentClass < ContentClass::photo;
-}
-
 /// How far a picture may look better than photographs do on the mean. A sample says less about
 /// screens and drawings, and about pictures without grain: the seams between its bands hide losses,
 /// the more the narrower the bands are.
@@ -28,7 +24,7 @@ double marginFor(const ImageCharacteristics& characteristics, std::size_t band) 
   constexpr double grain = 4;                // noise from which on seams are nothing special
   constexpr double seamsWithoutGrain = 240;  // points for bands of one pixel
   const double smoothness = std::max(1 - characteristics.noiseLevel / grain, 0.0);
-  return std::max(isGraphics(characteristics) ? graphicsMargin : 0,
+  return std::max(isPhotograph(characteristics.contentClass) ? 0 : graphicsMargin,
                   smoothness * seamsWithoutGrain / static_cast<double>(band));
 }
 
@@ -101,7 +97,7 @@ double qualityForLook(const ImageDestination& destination, const Image& image,
                    marginFor(characteristics, destination.sampleShape.bandOf(image)));
   // The finest settings are for those who ask for them.
   const double kept = std::lerp(quality, moved, std::min((1 - quality) / 0.05, 1.0));
-  return isGraphics(characteristics) ? std::min(quality, kept) : kept;
+  return isPhotograph(characteristics.contentClass) ? kept : std::min(quality, kept);
 } catch (const UnwritableImage&) {
   return quality;
 } catch (const UnreadableImage&) {

@@ -5,8 +5,6 @@
 namespace orvane {
 namespace {
 
-using HEICSettings::Content;
-
 TEST(HEICSettings, spendMoreBitsOnEveryHundredthOfQuality) {
   int previous = 5100;
   for (int percent = 0; percent <= 100; ++percent) {
@@ -18,7 +16,7 @@ TEST(HEICSettings, spendMoreBitsOnEveryHundredthOfQuality) {
 }
 
 X265Library::Param photograph(HEICSettings::Size size, double rateFactor = 23) {
-  return HEICSettings::forColor(size, rateFactor, Content::photograph);
+  return HEICSettings::forColor(size, rateFactor, true);
 }
 
 TEST(HEICSettings, codeColoursByRateFactorAndAlphaByAQuantizer) {
@@ -47,14 +45,7 @@ TEST(HEICSettings, startNoThreadsBesideTheOneThatCodes) {
 }
 
 TEST(HEICSettings, spendLessTimeOnPhotographs) {
-  using enum ContentClass;
-  for (const ContentClass contentClass : {flatGraphic, screenContent, illustration}) {
-    EXPECT_EQ(HEICSettings::contentOf({.contentClass = contentClass}), Content::graphics);
-  }
-  for (const ContentClass contentClass : {photo, detailedPhoto}) {
-    EXPECT_EQ(HEICSettings::contentOf({.contentClass = contentClass}), Content::photograph);
-  }
-  const X265Library::Param drawing = HEICSettings::forColor({640, 480}, 23, Content::graphics);
+  const X265Library::Param drawing = HEICSettings::forColor({640, 480}, 23, false);
   EXPECT_LT(photograph({640, 480})->rdLevel, drawing->rdLevel);
 }
 
