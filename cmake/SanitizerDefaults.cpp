@@ -10,8 +10,8 @@ const char* __lsan_default_suppressions() { return "leak:libx265\nleak:libimageq
 
 const char* __lsan_default_options() { return "print_suppressions=0"; }
 
-/// Codec libraries are built without the checks, so that the guards of tables made at first use, and
-/// of work that goes from thread to thread, go unseen.
+/// Codec libraries are built without the checks, so that the guards of tables made at first use,
+/// and of work that goes from thread to thread, go unseen.
 const char* __tsan_default_suppressions() {
   return "called_from_lib:libjxl.so\ncalled_from_lib:libx265.so\n";
 }
