@@ -97,13 +97,6 @@ AVIFLibrary::Picture convert(const Image& image, Content content, int threads) {
   return picture;
 }
 
-/// How one picture is encoded.
-struct Job {
-  double quality;
-  Content content;
-  int threads;
-};
-
 /// libaom codes each tile on one thread. It fails when it gets no thread that it wants.
 void setThreads(avifEncoder& encoder, const avifImage& picture, int threads) {
   const auto tiles = AVIFSettings::tiles(picture.width, picture.height);
@@ -114,16 +107,16 @@ void setThreads(avifEncoder& encoder, const avifImage& picture, int threads) {
   AVIFLibrary::setCodecOption(encoder, "row-mt", "0");
 }
 
-Bytes encode(const avifImage& picture, const Job& job) {
+Bytes encode(const avifImage& picture, double quality, Content content, int threads) {
   const AVIFLibrary::Encoder encoder = AVIFLibrary::makeEncoder();
   encoder->codecChoice = AVIF_CODEC_CHOICE_AOM;
   encoder->speed = AVIFSettings::speed;
-  setThreads(*encoder, picture, job.threads);
+  setThreads(*encoder, picture, threads);
   const Tuning tuning = AVIFSettings::bestTuning();
-  AVIFLibrary::setQuantizers(*encoder, {.color = AVIFSettings::colorQuantizer(job.quality, tuning),
+  AVIFLibrary::setQuantizers(*encoder, {.color = AVIFSettings::colorQuantizer(quality, tuning),
                                         .alpha = AVIFSettings::alphaQuantizer});
   if (tuning == Tuning::imageQuality) AVIFLibrary::setCodecOption(*encoder, "color:tune", "iq");
-  if (job.content == Content::screen) {
+  if (content == Content::screen) {
     AVIFLibrary::setCodecOption(*encoder, "color:tune-content", "screen");
   }
   // Searching for blocks to copy takes several times as long, and libaom does it for photographs
@@ -141,7 +134,7 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
                               ? Content::natural
                               : AVIFSettings::contentOf(measurements.characteristics);
   const AVIFLibrary::Picture picture = convert(image, content, threads);
-  return encode(*picture, {quality, content, threads});
+  return encode(*picture, quality, content, threads);
 }
 
 double codedQuality(double quality) {
