@@ -6,12 +6,14 @@
 
 namespace orvane {
 
-/// The luma, in steps of 255, that adds as much luminance to a pixel as an error of its chroma
-/// does, by the weights of ITU-R BT.709. `slopes` are those of the transfer curve at the pixel's
-/// channels. The result is at most 40 up or down: a larger change of luma would show by itself.
-inline float lumaChangeFor(const Color& color, const Color& slopes, float blueDifferenceError,
-                           float redDifferenceError) {
-  const Color error = colorDifferenceOf(blueDifferenceError, redDifferenceError);
+/// The luma, in steps of 255, that adds as much luminance to a pixel as chroma other than its own
+/// does, by the weights of ITU-R BT.709. That chroma comes without its offset of 128. `slopes` are
+/// those of the transfer curve at the pixel's channels. The result is at most 40 up or down: a
+/// larger change of luma would show by itself.
+inline float lumaChangeFor(const Color& color, const Color& slopes, float blueDifference,
+                           float redDifference) {
+  const Color error = colorDifferenceOf(blueDifference - blueDifferenceOf(color),
+                                        redDifference - redDifferenceOf(color));
   // A display shows no less than 0 and no more than 255 of a channel.
   const auto shown = [](float channel, float change) {
     return std::clamp(channel + change, 0.0F, 255.0F) - channel;

@@ -52,8 +52,7 @@ std::uint8_t lumaBeside(float blueDifference, float redDifference, const std::ui
   const auto& slopes = TransferCurve::sRGB().slopes();
   const Color color = colorOf(pixel);
   const float change = lumaChangeFor(color, {slopes[pixel[0]], slopes[pixel[1]], slopes[pixel[2]]},
-                                     blueDifference - blueDifferenceOf(color),
-                                     redDifference - redDifferenceOf(color));
+                                     blueDifference, redDifference);
   return sample(lumaOf(color) - compensation * change);
 }
 

@@ -43,8 +43,8 @@ void LumaCompensation::applyToRow(const PixelStrip& pixels, std::size_t y,
     const Color color{static_cast<float>(red[x]), static_cast<float>(green[x]),
                       static_cast<float>(blue[x])};
     luma[x] -= lumaChangeFor(color, {slopes[red[x]], slopes[green[x]], slopes[blue[x]]},
-                             static_cast<float>(chroma[0][x]) - 128 - blueDifferenceOf(color),
-                             static_cast<float>(chroma[1][x]) - 128 - redDifferenceOf(color));
+                             static_cast<float>(chroma[0][x]) - 128,
+                             static_cast<float>(chroma[1][x]) - 128);
   }
 }
 
