@@ -5,10 +5,6 @@
 namespace orvane {
 namespace {
 
-double lightOf(double number) {
-  return number <= 0.04045 ? number / 12.92 : std::pow((number + 0.055) / 1.055, 2.4);
-}
-
 double numberOf(double light) {
   return light <= 0.0031308 ? light * 12.92 : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
 }
@@ -34,6 +30,10 @@ TransferCurve::TransferCurve() {
     const double middle = i == 0 || i + 1 == number_.size() ? 0 : 0.5;
     number_[i] = rounded(255 * numberOf((static_cast<double>(i) + middle) / steps));
   }
+}
+
+double TransferCurve::lightOf(double number) {
+  return number <= 0.04045 ? number / 12.92 : std::pow((number + 0.055) / 1.055, 2.4);
 }
 
 const TransferCurve& TransferCurve::sRGB() {

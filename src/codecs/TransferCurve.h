@@ -12,6 +12,9 @@ class TransferCurve {
  public:
   static const TransferCurve& sRGB();
 
+  /// The linear light, 0…1, of a number 0…1, which is not rounded.
+  static double lightOf(double number);
+
   /// The mean of four pixels' numbers of one channel in linear light, as a number 0…255.
   float meanOf(const std::array<std::uint8_t, 4>& numbers) const {
     return meanOf(numbers, {1, 1, 1, 1}, 4);

@@ -42,9 +42,11 @@ class Sampling {
            const PictureMeasurements& measurements)
       : destination_(destination), sample_(sample), measurements_(measurements), score_(sample) {}
 
+  /// The mean scores of photographs' samples.
+  std::span<const QualityPoint> means() const { return destination_.sampleScores(); }
+
   Point at(double quality) const {
-    return {settingAt(destination_.sampleScores(), destination_.codedQuality(quality)),
-            scoreAt(quality)};
+    return {settingAt(means(), destination_.codedQuality(quality)), scoreAt(quality)};
   }
 
  private:
@@ -68,8 +70,8 @@ double meanFor(double aim, Point first, Point second) {
 }
 
 /// The quality at which the score lies between the mean at `quality` and `margin` above it.
-double movedQuality(const Sampling& sampling, std::span<const QualityPoint> means, double quality,
-                    double margin) {
+double movedQuality(const Sampling& sampling, double quality, double margin) {
+  const auto means = sampling.means();
   const Point first = sampling.at(quality);
   const double mean = settingAt(means, quality);
   // As if this picture's scores rose as the mean does.
@@ -92,9 +94,8 @@ double qualityForLook(const ImageDestination& destination, const Image& image,
   if (!sample) return quality;
   const Sampling sampling(destination, *sample, measurements);
   const ImageCharacteristics& characteristics = measurements.characteristics;
-  const double moved =
-      movedQuality(sampling, destination.sampleScores(), quality,
-                   marginFor(characteristics, destination.sampleShape.bandOf(image)));
+  const double moved = movedQuality(
+      sampling, quality, marginFor(characteristics, destination.sampleShape.bandOf(image)));
   // The finest settings are for those who ask for them.
   const double kept = std::lerp(quality, moved, std::min((1 - quality) / 0.05, 1.0));
   return isPhotograph(characteristics.contentClass) ? kept : std::min(quality, kept);

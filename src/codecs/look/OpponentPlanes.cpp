@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
 #include <cstdint>
 #include <utility>
+
+#include "codecs/TransferCurve.h"
 
 namespace orvane {
 namespace {
@@ -12,9 +13,7 @@ namespace {
 std::array<float, 256> makeDecodingTable() {
   std::array<float, 256> table;
   for (std::size_t i = 0; i < table.size(); ++i) {
-    const double value = static_cast<double>(i) / 255;
-    table[i] = static_cast<float>(value <= 0.04045 ? value / 12.92
-                                                   : std::pow((value + 0.055) / 1.055, 2.4));
+    table[i] = static_cast<float>(TransferCurve::lightOf(static_cast<double>(i) / 255));
   }
   return table;
 }
