@@ -2,12 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 
-#include "codecs/YCbCr.h"
 #include "platform/foundation/Bytes.h"
+#include "support/Luminance.h"
 
 namespace orvane {
 namespace {
@@ -17,7 +16,7 @@ using Pixel = std::array<std::uint8_t, 4>;
 constexpr Pixel red{230, 20, 30, 255};
 constexpr Pixel blue{20, 40, 220, 255};
 
-/// Four pixels, or fewer at an edge, as planes.
+/// Four pixels as planes.
 struct Planes {
   std::array<int, 4> luma;  ///< row by row
   int cb, cr;
@@ -72,20 +71,9 @@ TEST(YCbCrRows, weightsChromaWithAlpha) {
   EXPECT_GT(unseen.cb, 200);
 }
 
-double lightOf(double number) {
-  const double value = std::clamp(number, 0.0, 255.0) / 255;
-  return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-}
-
-double luminanceOf(double r, double g, double b) {
-  return 0.2126 * lightOf(r) + 0.7152 * lightOf(g) + 0.0722 * lightOf(b);
-}
-
 /// The luminance that a pixel shows with this luma and the shared chroma.
 double shown(double luma, const Planes& planes) {
-  const Color difference =
-      colorDifferenceOf(static_cast<float>(planes.cb - 128), static_cast<float>(planes.cr - 128));
-  return luminanceOf(luma + difference.red, luma + difference.green, luma + difference.blue);
+  return test::shownLuminance(luma, planes.cb - 128, planes.cr - 128);
 }
 
 TEST(YCbCrRows, makesUpInLumaForTheLuminanceThatSharedChromaChanges) {
@@ -93,7 +81,7 @@ TEST(YCbCrRows, makesUpInLumaForTheLuminanceThatSharedChromaChanges) {
   const Planes planes = planesOf({pair[0], pair[1], pair[0], pair[1]});
   for (const std::size_t i : {0, 1}) {
     const Pixel& pixel = pair[i];
-    const double source = luminanceOf(pixel[0], pixel[1], pixel[2]);
+    const double source = test::luminanceOf(pixel[0], pixel[1], pixel[2]);
     const double plain = 0.299 * pixel[0] + 0.587 * pixel[1] + 0.114 * pixel[2];
     EXPECT_LT(std::abs(shown(planes.luma[i], planes) - source),
               0.6 * std::abs(shown(plain, planes) - source))
