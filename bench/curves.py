@@ -9,6 +9,8 @@ MEANT = {30: 45, 40: 52, 50: 58, 60: 64, 70: 70, 75: 73, 80: 76.5, 85: 80.4, 90:
 COMPARED = (60, 70, 75, 80, 85, 90)  # qualities that people ask for, where sizes are compared
 TARGETS = tuple(MEANT[quality] for quality in COMPARED)
 
+BITS = (0.1, 0.2, 0.3, 0.5, 0.7, 1, 1.5, 2, 3, 4, 6)  # per pixel
+
 WIDTH, HEIGHT, MARGIN = 720, 480, 56
 COLORS = ("#c0392b", "#2c3e50", "#2980b9", "#7f8c8d")
 
@@ -43,31 +45,32 @@ def geometric_mean(ratios):
     return math.exp(sum(logarithms) / len(logarithms)) if logarithms else math.nan
 
 
-def draw(path, title, measure, curves):
-    """An SVG of all curves of a measure over bits per pixel on a logarithmic axis."""
+def draw(path, title, curves, ticks=BITS, step=10, bottom=None):
+    """An SVG of {name: [(x, y)]} over a logarithmic x-axis that has lines at `ticks`; those of the
+    y-axis, which begins at `bottom` where there is one, are `step` apart."""
     points = [point for curve in curves.values() for point in curve]
-    left, right = (math.log(limit(bits for bits, _ in points)) for limit in (min, max))
-    bottom, top = min(score for _, score in points), max(score for _, score in points)
+    left, right = (math.log(limit(x for x, _ in points)) for limit in (min, max))
+    top = max(y for _, y in points)
+    bottom = min(y for _, y in points) if bottom is None else bottom
 
-    def place(bits, score):
-        x = MARGIN + (math.log(bits) - left) / (right - left) * (WIDTH - 2 * MARGIN)
-        y = HEIGHT - MARGIN - (score - bottom) / (top - bottom) * (HEIGHT - 2 * MARGIN)
+    def place(x, y):
+        x = MARGIN + (math.log(x) - left) / (right - left) * (WIDTH - 2 * MARGIN)
+        y = HEIGHT - MARGIN - (y - bottom) / (top - bottom) * (HEIGHT - 2 * MARGIN)
         return f"{x:.1f},{y:.1f}"
 
     parts = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {WIDTH} {HEIGHT}"'
              ' font-family="sans-serif" font-size="13">',
              f'<rect width="{WIDTH}" height="{HEIGHT}" fill="#fff"/>',
-             f'<text x="{MARGIN}" y="24" font-size="16">{escape(title)}: {escape(measure)} over bits'
-             ' per pixel</text>']
-    for score in range(math.ceil(bottom / 10) * 10, math.floor(top) + 1, 10):
-        x, y = place(math.exp(left), score).split(",")
+             f'<text x="{MARGIN}" y="24" font-size="16">{escape(title)}</text>']
+    for line in range(math.ceil(bottom / step), math.floor(top / step) + 1):
+        x, y = place(math.exp(left), line * step).split(",")
         parts.append(f'<line x1="{x}" x2="{WIDTH - MARGIN}" y1="{y}" y2="{y}" stroke="#ddd"/>'
-                     f'<text x="{MARGIN - 8}" y="{y}" text-anchor="end">{score}</text>')
-    for bits in (0.1, 0.2, 0.3, 0.5, 0.7, 1, 1.5, 2, 3, 4, 6):
-        if left <= math.log(bits) <= right:
-            x, y = place(bits, bottom).split(",")
+                     f'<text x="{MARGIN - 8}" y="{y}" text-anchor="end">{line * step:g}</text>')
+    for tick in ticks:
+        if left <= math.log(tick) <= right:
+            x, y = place(tick, bottom).split(",")
             parts.append(f'<line x1="{x}" x2="{x}" y1="{MARGIN}" y2="{y}" stroke="#eee"/>'
-                         f'<text x="{x}" y="{HEIGHT - MARGIN + 20}" text-anchor="middle">{bits}</text>')
+                         f'<text x="{x}" y="{HEIGHT - MARGIN + 20}" text-anchor="middle">{tick}</text>')
     for color, (index, (name, curve)) in zip(COLORS, enumerate(curves.items())):
         line = " ".join(place(*point) for point in sorted(curve))
         parts.append(f'<polyline points="{line}" fill="none" stroke="{color}" stroke-width="2"/>'
