@@ -11,7 +11,8 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 TOOL = ROOT / "build" / "release" / "orvane-cli"
-SUFFIXES = {"jpeg": ".jpg", "heic": ".heic", "avif": ".avif", "webp": ".webp", "jxl": ".jxl"}
+SUFFIXES = {"png": ".png", "jpeg": ".jpg", "heic": ".heic", "avif": ".avif", "webp": ".webp",
+            "jxl": ".jxl"}
 
 
 def run(command):
