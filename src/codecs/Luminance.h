@@ -6,10 +6,10 @@
 
 namespace orvane {
 
-/// The luma, in steps of 255, that adds as much luminance to a pixel as chroma other than its own
-/// does, by the weights of ITU-R BT.709. That chroma comes without its offset of 128. `slopes` are
-/// those of the transfer curve at the pixel's channels. The result is at most 40 up or down: a
-/// larger change of luma would show by itself.
+/// The change of luma, in steps of 255, that changes a pixel's luminance as much as giving it other
+/// chroma does (without its offset of 128), by the weights of ITU-R BT.709. `slopes` are those of
+/// the transfer curve at the pixel's channels. At most 40 up or down: a larger change of luma would
+/// show by itself.
 inline float lumaChangeFor(const Color& color, const Color& slopes, float blueDifference,
                            float redDifference) {
   const Color error = colorDifferenceOf(blueDifference - blueDifferenceOf(color),

@@ -12,7 +12,7 @@ class TransferCurve {
  public:
   static const TransferCurve& sRGB();
 
-  /// The linear light, 0…1, of a number 0…1, which is not rounded.
+  /// The linear light, 0…1, of a channel's value, 0…1 (IEC 61966-2-1).
   static double lightOf(double number);
 
   /// The mean of four pixels' numbers of one channel in linear light, as a number 0…255.
