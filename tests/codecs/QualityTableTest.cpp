@@ -46,27 +46,38 @@ TEST(QualityTable, takesSettingsOutsideForTheNearest) {
   EXPECT_DOUBLE_EQ(qualityAt(rising, std::nan("")), 0);
 }
 
-class EveryQualityTable : public testing::TestWithParam<std::span<const QualityPoint> (*)()> {};
+struct TableCase {
+  std::span<const QualityPoint> (*table)();
+  bool rises;
+};
+
+class EveryQualityTable : public testing::TestWithParam<TableCase> {};
 
 TEST_P(EveryQualityTable, goesFromZeroToOneAndOneWayOnly) {
-  const auto table = GetParam()();
+  const auto table = GetParam().table();
   ASSERT_GE(table.size(), 2u);
   EXPECT_EQ(table.front().quality, 0);
   EXPECT_EQ(table.back().quality, 1);
-  const bool rises = table.back().setting > table.front().setting;
   for (std::size_t i = 1; i < table.size(); ++i) {
     EXPECT_GT(table[i].quality, table[i - 1].quality);
     EXPECT_NE(table[i].setting, table[i - 1].setting);
-    EXPECT_EQ(table[i].setting > table[i - 1].setting, rises);
+    EXPECT_EQ(table[i].setting > table[i - 1].setting, GetParam().rises);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    QualityTables, EveryQualityTable,
-    testing::Values(QualityTables::jpegStepScale, QualityTables::avifQuantizer,
-                    QualityTables::avifQuantizerTunedForImages, QualityTables::heicRateFactor,
-                    QualityTables::jpegSampleScore, QualityTables::avifSampleScore,
-                    QualityTables::avifSampleScoreTunedForImages, QualityTables::heicSampleScore));
+INSTANTIATE_TEST_SUITE_P(CodecSettings, EveryQualityTable,
+                         testing::Values(TableCase{QualityTables::jpegStepScale, false},
+                                         TableCase{QualityTables::avifQuantizer, false},
+                                         TableCase{QualityTables::avifQuantizerTunedForImages,
+                                                   false},
+                                         TableCase{QualityTables::heicRateFactor, false}));
+
+INSTANTIATE_TEST_SUITE_P(SampleScores, EveryQualityTable,
+                         testing::Values(TableCase{QualityTables::jpegSampleScore, true},
+                                         TableCase{QualityTables::avifSampleScore, true},
+                                         TableCase{QualityTables::avifSampleScoreTunedForImages,
+                                                   true},
+                                         TableCase{QualityTables::heicSampleScore, true}));
 
 }  // namespace
 }  // namespace orvane
