@@ -16,16 +16,25 @@ namespace {
 /// counts in full from twice as far on, so that sizes rise with the quality.
 constexpr double farOff = 2.5;
 
-/// How far a picture may look better than photographs do on the mean. A sample says less about
-/// screens and drawings, and about pictures without grain: the seams between its bands hide losses,
-/// the more the narrower the bands are.
-double marginFor(const ImageCharacteristics& characteristics, std::size_t band) {
-  constexpr double graphicsMargin = 0.8;
+/// How far a picture may look better than photographs do on the mean.
+struct Margin {
+  double points;        ///< of the score
+  double partOfExcess;  ///< 0…1
+  double forExcess(double excess) const { return points + partOfExcess * std::max(excess, 0.0); }
+};
+
+/// Samples of pictures without grain score too high: the seams between their bands hide losses, the
+/// more the narrower the bands are. Those of screens and drawings do so the more, the better they
+/// look: some fell below the mean when less than half of their excess was kept.
+Margin marginFor(const ImageCharacteristics& characteristics, std::size_t band) {
   constexpr double grain = 4;                // noise from which on seams are nothing special
   constexpr double seamsWithoutGrain = 240;  // points for bands of one pixel
+  constexpr double graphicsPoints = 1;       // kept in any case
+  constexpr double graphicsPartWithoutGrain = 0.5;
   const double smoothness = std::max(1 - characteristics.noiseLevel / grain, 0.0);
-  return std::max(isPhotograph(characteristics.contentClass) ? 0 : graphicsMargin,
-                  smoothness * seamsWithoutGrain / static_cast<double>(band));
+  const double seams = smoothness * seamsWithoutGrain / static_cast<double>(band);
+  if (isPhotograph(characteristics.contentClass)) return {seams, 0};
+  return {std::max(seams, graphicsPoints), smoothness * graphicsPartWithoutGrain};
 }
 
 /// One sample's result: the mean score of photographs at the quality that was coded, and this
@@ -69,14 +78,15 @@ double meanFor(double aim, Point first, Point second) {
   return second.mean + (aim - second.score) / std::clamp(slope, 0.5, 2.0);
 }
 
-/// The quality at which the score lies between the mean at `quality` and `margin` above it.
-double movedQuality(const Sampling& sampling, double quality, double margin) {
+/// The quality at which the score lies between the mean at `quality` and what `margin` allows
+/// above.
+double movedQuality(const Sampling& sampling, double quality, const Margin& margin) {
   const auto means = sampling.means();
   const Point first = sampling.at(quality);
   const double mean = settingAt(means, quality);
   // As if this picture's scores rose as the mean does.
   const double score = mean + (first.score - first.mean);
-  const double aim = std::clamp(score, mean, mean + margin);
+  const double aim = std::clamp(score, mean, mean + margin.forExcess(score - mean));
   const double guess = qualityAt(means, mean + aim - score);
   const double weight = std::clamp(std::abs(aim - score) / farOff - 1, 0.0, 1.0);
   if (weight == 0) return guess;

@@ -70,6 +70,15 @@ TEST_P(EveryDestination, neverRaisesADrawing) {
   }
 }
 
+TEST_P(EveryDestination, lowersADrawingLessThanAPhotograph) {
+  const Image easy = photograph(0);
+  const auto qualityFor = [&](ContentClass contentClass) {
+    return qualityForLook(destination(), easy, measuredAs(contentClass, easy), 0.75);
+  };
+  EXPECT_LT(qualityFor(ContentClass::illustration), 0.75);
+  EXPECT_GT(qualityFor(ContentClass::illustration), qualityFor(ContentClass::photo));
+}
+
 // HEIC and AVIF files name some spaces by code points, and their readers make other profiles.
 TEST_P(EveryDestination, findsTheSameQualityForTheSameNumbersInEverySpace) {
   const Image reference = photograph(20);
