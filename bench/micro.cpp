@@ -1,11 +1,10 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 
 #include "codecs/ImageDestination.h"
-#include "codecs/OpaqueRows.h"
-#include "codecs/YCbCrRows.h"
 #include "codecs/look/PictureSample.h"
 #include "codecs/look/StructuralScore.h"
 #include "codecs/png/PNGWriter.h"
@@ -64,7 +63,11 @@ Image drawn(const Kind& kind) {
               .bitsPerComponent = kind.bitsPerComponent,
               .alpha = kind.alpha,
               .colorSpace = ColorSpace::fromCodePoints(kind.codePoints, ColorSpace::Model::rgb)};
-  kind.bitsPerComponent == 8 ? draw<std::uint8_t>(image) : draw<std::uint16_t>(image);
+  if (kind.bitsPerComponent == 8) {
+    draw<std::uint8_t>(image);
+  } else {
+    draw<std::uint16_t>(image);
+  }
   return image;
 }
 
@@ -76,7 +79,7 @@ void copying(benchmark::State& state) {
   const Image image = drawn({});
   Image copy = image;
   std::uint8_t* const out = allocatePackedRows(copy);
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     std::memcpy(out, image.pixels.get(), image.bytesPerRow * image.height);
     benchmark::ClobberMemory();
   }
@@ -86,7 +89,7 @@ BENCHMARK(copying)->Name("memcpy");
 
 void analyzing(benchmark::State& state) {
   const RGBABuffer buffer(drawn({}));
-  for (auto _ : state) benchmark::DoNotOptimize(ImageAnalyzer::analyze(buffer));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(ImageAnalyzer::analyze(buffer));
   countPixels(state);
 }
 BENCHMARK(analyzing)->Name("analysis");
@@ -94,14 +97,14 @@ BENCHMARK(analyzing)->Name("analysis");
 void measuring(benchmark::State& state) {
   const Image image = drawn({});
   const ImageCharacteristics characteristics = ImageAnalyzer::analyze(RGBABuffer(image));
-  for (auto _ : state) benchmark::DoNotOptimize(measure(image, characteristics));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(measure(image, characteristics));
   countPixels(state);
 }
 BENCHMARK(measuring)->Name("measurements");
 
 void rendering(benchmark::State& state, Kind kind) {
   const Image image = drawn(kind);
-  for (auto _ : state) benchmark::DoNotOptimize(rendered(image, ColorSpace::sRGB(), 8));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(rendered(image, ColorSpace::sRGB(), 8));
   countPixels(state);
 }
 BENCHMARK_CAPTURE(rendering, DisplayP3, ofDisplayP3);
@@ -109,7 +112,7 @@ BENCHMARK_CAPTURE(rendering, of16Bits, Kind{.bitsPerComponent = 16});
 
 void flattening(benchmark::State& state, Backdrop backdrop) {
   const Image image = drawn({.alpha = AlphaKind::straight});
-  for (auto _ : state) benchmark::DoNotOptimize(flatten(image, backdrop));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(flatten(image, backdrop));
   countPixels(state);
 }
 BENCHMARK_CAPTURE(flattening, onWhite, Backdrop::white);
@@ -117,7 +120,7 @@ BENCHMARK_CAPTURE(flattening, premultiplied, Backdrop::none);
 
 void dithering(benchmark::State& state) {
   const Image image = drawn({.bitsPerComponent = 16});
-  for (auto _ : state) benchmark::DoNotOptimize(RGBABuffer(image));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(RGBABuffer(image));
   countPixels(state);
 }
 BENCHMARK(dithering)->Name("dither of 16 bits");
@@ -125,7 +128,7 @@ BENCHMARK(dithering)->Name("dither of 16 bits");
 void turning(benchmark::State& state) {
   constexpr int quarterTurn = 6;  // CIPA DC-008, tag 0x0112
   const Image image = drawn({});
-  for (auto _ : state) benchmark::DoNotOptimize(orient(image, quarterTurn));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(orient(image, quarterTurn));
   countPixels(state);
 }
 BENCHMARK(turning)->Name("quarter turn");
@@ -134,7 +137,7 @@ void filtering(benchmark::State& state, PNGWriter::Filter filter) {
   constexpr std::size_t channels = 4;
   const Image image = drawn({});
   Bytes filtered(image.bytesPerRow);
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     for (std::size_t y = 1; y < height; ++y) {
       benchmark::DoNotOptimize(PNGWriter::apply(filter, image.row(y), image.row(y - 1),
                                                 filtered.size(), channels, filtered.data()));
@@ -151,7 +154,7 @@ void encodingJPEG(benchmark::State& state) {
   const Image image = drawn({});
   const PictureMeasurements measurements =
       measure(image, ImageAnalyzer::analyze(RGBABuffer(image)));
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     benchmark::DoNotOptimize(jpegDestination.encode(image, measurements, 0.75, 1));
   }
   countPixels(state);
@@ -162,7 +165,7 @@ BENCHMARK(encodingJPEG)->Name("JPEG");
 void scoring(benchmark::State& state) {
   const Image sample = sampleOf(drawn({}), jpegDestination.sampleShape).value();
   const StructuralScore score(sample);
-  for (auto _ : state) benchmark::DoNotOptimize(score.of(sample));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(score.of(sample));
   countPixels(state, sample.width * sample.height);
 }
 BENCHMARK(scoring)->Name("score");
