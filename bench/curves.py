@@ -1,5 +1,6 @@
-"""Curves: lists of (bits per pixel or processor seconds, mean score)."""
+"""Curves: lists of points, such as (bits per pixel, mean score)."""
 
+import itertools
 import math
 from xml.sax.saxutils import escape
 
@@ -71,7 +72,7 @@ def draw(path, title, curves, ticks=BITS, step=10, bottom=None):
             x, y = place(tick, bottom).split(",")
             parts.append(f'<line x1="{x}" x2="{x}" y1="{MARGIN}" y2="{y}" stroke="#eee"/>'
                          f'<text x="{x}" y="{HEIGHT - MARGIN + 20}" text-anchor="middle">{tick}</text>')
-    for color, (index, (name, curve)) in zip(COLORS, enumerate(curves.items())):
+    for color, (index, (name, curve)) in zip(itertools.cycle(COLORS), enumerate(curves.items())):
         line = " ".join(place(*point) for point in sorted(curve))
         parts.append(f'<polyline points="{line}" fill="none" stroke="{color}" stroke-width="2"/>'
                      f'<text x="{WIDTH - MARGIN - 240}" y="{HEIGHT - MARGIN - 20 * (index + 1)}"'

@@ -11,7 +11,7 @@ def table(rows):
 
 def put(page, name, text):
     """Replaces what stands at a name by a text, where the page has that name."""
-    replaced = re.sub(rf"(<!-- {name} -->\n).*?(\n<!-- end -->)",
-                      lambda match: match[1] + text + match[2],
+    replaced = re.sub(rf"(<!-- {name} -->\n).*?(<!-- end -->)",
+                      lambda match: f"{match[1]}{text}\n{match[2]}",
                       page.read_text(encoding="utf-8"), flags=re.DOTALL)
     page.write_text(replaced, encoding="utf-8")
