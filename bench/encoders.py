@@ -8,6 +8,7 @@ import tempfile
 from bisect import bisect_left
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
+from typing import NamedTuple
 
 ROOT = Path(__file__).resolve().parent.parent
 TOOL = ROOT / "build" / "release" / "orvane-cli"
@@ -15,8 +16,17 @@ SUFFIXES = {"png": ".png", "jpeg": ".jpg", "heic": ".heic", "avif": ".avif", "we
             "jxl": ".jxl"}
 
 
+class Cost(NamedTuple):
+    """What commands took, with the processes that they started."""
+    seconds: float  # of the processor
+    peak: int  # KiB of the largest process; at least what this program itself has
+
+    def __add__(self, other):
+        return Cost(self.seconds + other.seconds, max(self.peak, other.peak))
+
+
 def run(command):
-    """Runs a command and gives the processor seconds that it took, its children's included."""
+    """Runs a command and gives its cost."""
     process = subprocess.Popen([str(word) for word in command], stdout=subprocess.DEVNULL,
                                stderr=subprocess.PIPE, text=True)
     complaints = process.stderr.read()
@@ -24,7 +34,7 @@ def run(command):
     process.returncode = os.waitstatus_to_exitcode(status)
     if process.returncode != 0:
         raise RuntimeError(f"{' '.join(map(str, command))}\n{complaints}")
-    return usage.ru_utime + usage.ru_stime
+    return Cost(usage.ru_utime + usage.ru_stime, usage.ru_maxrss)
 
 
 def first_of(*names):
@@ -78,7 +88,7 @@ class Peer:
 
         folder.mkdir(exist_ok=True)
         with ThreadPoolExecutor(jobs) as pool:
-            return sum(pool.map(encode_one, sources))
+            return sum(pool.map(encode_one, sources), Cost(0, 0))
 
 
 PEERS = {
@@ -180,7 +190,7 @@ def measure(encoder, sources, quality, options):
     scorer = shlex.split(options.scorer)
     with tempfile.TemporaryDirectory() as work, ThreadPoolExecutor(options.jobs) as pool:
         folder = Path(work) / "encoded"
-        seconds = encoder.encode(sources, quality, folder, options.jobs)
+        seconds = encoder.encode(sources, quality, folder, options.jobs).seconds
 
         def examine(source):
             output = output_of(encoder, source, folder)
