@@ -5,10 +5,10 @@ import shlex
 import shutil
 import subprocess
 import tempfile
+import time
 from bisect import bisect_left
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
-from typing import NamedTuple
 
 ROOT = Path(__file__).resolve().parent.parent
 TOOL = ROOT / "build" / "release" / "orvane-cli"
@@ -16,17 +16,8 @@ SUFFIXES = {"png": ".png", "jpeg": ".jpg", "heic": ".heic", "avif": ".avif", "we
             "jxl": ".jxl"}
 
 
-class Cost(NamedTuple):
-    """What commands took, with the processes that they started."""
-    seconds: float  # of the processor
-    peak: int  # KiB of the largest process; at least what this program itself has
-
-    def __add__(self, other):
-        return Cost(self.seconds + other.seconds, max(self.peak, other.peak))
-
-
 def run(command):
-    """Runs a command and gives its cost."""
+    """Runs a command and gives the processor seconds that it took, its children's included."""
     process = subprocess.Popen([str(word) for word in command], stdout=subprocess.DEVNULL,
                                stderr=subprocess.PIPE, text=True)
     complaints = process.stderr.read()
@@ -34,7 +25,22 @@ def run(command):
     process.returncode = os.waitstatus_to_exitcode(status)
     if process.returncode != 0:
         raise RuntimeError(f"{' '.join(map(str, command))}\n{complaints}")
-    return Cost(usage.ru_utime + usage.ru_stime, usage.ru_maxrss)
+    return usage.ru_utime + usage.ru_stime
+
+
+def timed(work):
+    """Seconds on the clock, and what a function gives: seconds of the processor."""
+    start = time.perf_counter()
+    seconds = work()
+    return time.perf_counter() - start, seconds
+
+
+def peak_of(command):
+    """Runs a command and gives the KiB of its largest process. GNU time tells them: a process counts
+    the memory of the one that started it, and that of GNU time is small."""
+    with tempfile.NamedTemporaryFile("r") as report:
+        run(["time", "--format=%M", f"--output={report.name}", *command])
+        return int(report.read())
 
 
 def first_of(*names):
@@ -69,9 +75,9 @@ class Ours:
         self.name = f"orvane-cli {image_format}"
         self.format, self.suffix = image_format, SUFFIXES[image_format]
 
-    def encode(self, sources, quality, folder, jobs):
-        return run([TOOL, *(source.png for source in sources), "--output", folder,
-                    "--format", self.format, "--quality", quality, "--jobs", jobs])
+    def commands(self, sources, quality, folder, jobs):
+        return [[TOOL, *(source.png for source in sources), "--output", folder,
+                 "--format", self.format, "--quality", quality, "--jobs", jobs]]
 
 
 class Peer:
@@ -82,16 +88,24 @@ class Peer:
         self.name, self.suffix, self.qualities = name, suffix, qualities
         self.arguments, self.scale = arguments, scale
 
-    def encode(self, sources, quality, folder, jobs):
-        def encode_one(source):
-            return run(self.arguments(source, quality, output_of(self, source, folder)))
+    def commands(self, sources, quality, folder, _jobs):
+        return [self.arguments(source, quality, output_of(self, source, folder))
+                for source in sources]
 
-        folder.mkdir(exist_ok=True)
-        with ThreadPoolExecutor(jobs) as pool:
-            return sum(pool.map(encode_one, sources), Cost(0, 0))
+
+def encode(encoder, sources, quality, folder, jobs):
+    """Encodes all pictures into a folder, as many at once as there are jobs; gives the processor
+    seconds."""
+    folder.mkdir(exist_ok=True)
+    with ThreadPoolExecutor(jobs) as pool:
+        return sum(pool.map(run, encoder.commands(sources, quality, folder, jobs)))
 
 
 PEERS = {
+    "png": [Peer("pngquant", ".png", (10, 30, 50, 70, 85, 95),
+                 lambda source, quality, output: [
+                     "pngquant", "--force", "--speed", 3, "--quality", f"0-{quality}",
+                     "--output", output, source.png])],
     "jpeg": [Peer("cjpeg -optimize -progressive", ".jpg", (50, 65, 75, 83, 89, 93),
                   lambda source, quality, output: [
                       "cjpeg", "-optimize", "-progressive", "-quality", quality,
@@ -113,7 +127,7 @@ PEERS = {
                  [tenths / 10 for tenths in range(150, 0, -1)])],
 }
 
-SHARP_HAS = {"jpeg": "mozjpeg", "avif": "libaom"}
+SHARP_HAS = {"png": "libimagequant", "jpeg": "mozjpeg", "avif": "libaom", "webp": "libwebp"}
 SHARP = """
 const sharp = require('sharp');
 sharp.concurrency(1);
@@ -190,7 +204,7 @@ def measure(encoder, sources, quality, options):
     scorer = shlex.split(options.scorer)
     with tempfile.TemporaryDirectory() as work, ThreadPoolExecutor(options.jobs) as pool:
         folder = Path(work) / "encoded"
-        seconds = encoder.encode(sources, quality, folder, options.jobs).seconds
+        seconds = encode(encoder, sources, quality, folder, options.jobs)
 
         def examine(source):
             output = output_of(encoder, source, folder)

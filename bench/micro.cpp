@@ -27,8 +27,6 @@ struct Kind {
   CodePoints codePoints = sRGBCodePoints;
 };
 
-constexpr Kind ofDisplayP3{.codePoints = displayP3CodePoints};
-
 double grain(std::size_t x, std::size_t y) {
   return static_cast<double>((x * 2654435761U + y * 40503U * 65537U) >> 7 & 15);
 }
@@ -107,7 +105,7 @@ void rendering(benchmark::State& state, Kind kind) {
   while (state.KeepRunning()) benchmark::DoNotOptimize(rendered(image, ColorSpace::sRGB(), 8));
   countPixels(state);
 }
-BENCHMARK_CAPTURE(rendering, DisplayP3, ofDisplayP3);
+BENCHMARK_CAPTURE(rendering, ofDisplayP3, Kind{.codePoints = displayP3CodePoints});
 BENCHMARK_CAPTURE(rendering, of16Bits, Kind{.bitsPerComponent = 16});
 
 void flattening(benchmark::State& state, Backdrop backdrop) {
