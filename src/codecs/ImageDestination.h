@@ -39,6 +39,10 @@ struct ImageDestination {
   /// The quality whose setting `encode` uses, after rounding it to a whole one where it must.
   double (*codedQuality)(double quality) = [](double quality) { return quality; };
 
+  /// Writes a file of the same pixels as `encode` does. It may be larger, and takes less time.
+  Bytes (*encodeSample)(const Image& image, const PictureMeasurements& measurements,
+                        double quality);
+
   SampleShape sampleShape;  ///< bands are at least as wide as the encoder's largest blocks
 
   /// The mean score of photographs' samples at each quality.

@@ -147,6 +147,10 @@ std::span<const QualityPoint> sampleScores() {
              : QualityTables::avifSampleScore();
 }
 
+Bytes encodeSample(const Image& image, const PictureMeasurements& measurements, double quality) {
+  return encode(image, measurements, quality, 1);
+}
+
 }  // namespace
 
 const ImageDestination avifDestination{
@@ -155,6 +159,7 @@ const ImageDestination avifDestination{
     .maximumQuality = 0.99,
     .encode = encode,
     .codedQuality = codedQuality,
+    .encodeSample = encodeSample,
     // libaom codes pictures of 720 rows and more in another way.
     .sampleShape = {.bandOfSmall = 128, .bandOfLarge = 256, .mostPixels = 600'000},
     .sampleScores = sampleScores};

@@ -134,12 +134,17 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
   throw UnwritableImage(error.what());
 }
 
+Bytes encodeSample(const Image& image, const PictureMeasurements& measurements, double quality) {
+  return encode(image, measurements, quality, 1);
+}
+
 }  // namespace
 
 const ImageDestination heicDestination{
     .alpha = ImageDestination::Alpha::kept,
     .maximumQuality = 1,
     .encode = encode,
+    .encodeSample = encodeSample,
     .sampleShape = {.bandOfSmall = 64, .bandOfLarge = 64, .mostPixels = 600'000},
     .sampleScores = QualityTables::heicSampleScore};
 

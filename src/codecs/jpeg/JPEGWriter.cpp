@@ -24,19 +24,19 @@ ComponentScans smallestScans(const ComponentFile& file, std::span<const ScanScri
 }
 
 ComponentScans lumaScans(const CoefficientPlane& plane, const JPEGSettings& settings,
-                         const ColorSpacePtr& space) {
+                         const ColorSpacePtr& space, const ScanScripts& scripts) {
   return smallestScans({.planes = {&plane, 1},
                         .steps = settings.lumaSteps,
                         .sampling = static_cast<int>(unitSide(settings.chroma) / 8),
                         .profile = space->isSRGB() ? ByteView() : ByteView(space->iccData())},
-                       lumaScripts());
+                       scripts.luma);
 }
 
 ComponentScans chromaScans(const CoefficientCoder::ChromaPlanes& planes,
-                           const JPEGSettings& settings) {
+                           const JPEGSettings& settings, const ScanScripts& scripts) {
   return smallestScans(
       {.planes = planes, .steps = settings.chromaSteps, .sampling = 1, .profile = {}},
-      chromaScripts());
+      scripts.chroma);
 }
 
 void checkSize(const Image& image) {
@@ -46,7 +46,8 @@ void checkSize(const Image& image) {
   }
 }
 
-Bytes encode(const Image& image, const PictureMeasurements& measurements, double quality, int) {
+Bytes encode(const Image& image, const PictureMeasurements& measurements, double quality,
+             const ScanScripts& scripts) {
   checkSize(image);
   OpaqueRows rows(image);
   // A profile for RGB says nothing about one component.
@@ -57,11 +58,20 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
   std::vector<ComponentScans> groups;
   if (!gray) {
     auto chroma = coder.codeChroma();
-    groups.push_back(chromaScans(chroma, settings));
+    groups.push_back(chromaScans(chroma, settings, scripts));
     coder.decodeChroma(std::move(chroma));
   }
-  groups.insert(groups.begin(), lumaScans(coder.codeLuma(), settings, rows.colorSpace()));
+  groups.insert(groups.begin(), lumaScans(coder.codeLuma(), settings, rows.colorSpace(), scripts));
   return join(groups);
+}
+
+Bytes encodeSmall(const Image& image, const PictureMeasurements& measurements, double quality,
+                  int) {
+  return encode(image, measurements, quality, ScanScripts::toTry());
+}
+
+Bytes encodeSample(const Image& image, const PictureMeasurements& measurements, double quality) {
+  return encode(image, measurements, quality, ScanScripts::quickest());
 }
 
 }  // namespace
@@ -69,7 +79,8 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
 const ImageDestination jpegDestination{
     .alpha = ImageDestination::Alpha::none,
     .maximumQuality = 1,
-    .encode = encode,
+    .encode = encodeSmall,
+    .encodeSample = encodeSample,
     .sampleShape = {.bandOfSmall = 64, .bandOfLarge = 64, .mostPixels = 250'000},
     .sampleScores = QualityTables::jpegSampleScore};
 

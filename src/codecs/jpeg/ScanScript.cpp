@@ -40,10 +40,13 @@ ScanScript scriptOf(int components, const Bands& bands) {
 
 }  // namespace
 
-std::vector<ScanScript> lumaScripts() {
-  return {scriptOf(1, bitByBit), scriptOf(1, lowFirst), scriptOf(1, lowAndMiddleFirst)};
+ScanScripts ScanScripts::toTry() {
+  return {.luma = {scriptOf(1, bitByBit), scriptOf(1, lowFirst), scriptOf(1, lowAndMiddleFirst)},
+          .chroma = {scriptOf(2, lowFirst), scriptOf(2, allAtOnce)}};
 }
 
-std::vector<ScanScript> chromaScripts() { return {scriptOf(2, lowFirst), scriptOf(2, allAtOnce)}; }
+ScanScripts ScanScripts::quickest() {
+  return {.luma = {scriptOf(1, allAtOnce)}, .chroma = {scriptOf(2, allAtOnce)}};
+}
 
 }  // namespace orvane

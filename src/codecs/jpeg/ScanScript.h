@@ -11,9 +11,14 @@ namespace orvane {
 /// smallest, and so do components of one picture.
 using ScanScript = std::vector<jpeg_scan_info>;
 
-/// The scripts to try for luma, in a file of its own, and for Cb and Cr in one. However these are
-/// joined, a file has at most ten scans: some readers take no more.
-std::vector<ScanScript> lumaScripts();
-std::vector<ScanScript> chromaScripts();
+/// Scripts for luma, in a file of its own, and for Cb and Cr in one. However these are joined, a
+/// file has at most ten scans: some readers take no more.
+struct ScanScripts {
+  std::vector<ScanScript> luma;
+  std::vector<ScanScript> chroma;
+
+  static ScanScripts toTry();     ///< one of each makes the smallest file
+  static ScanScripts quickest();  ///< one of each
+};
 
 }  // namespace orvane

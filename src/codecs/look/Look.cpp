@@ -60,7 +60,7 @@ class Sampling {
 
  private:
   double scoreAt(double quality) const {
-    const Bytes file = destination_.encode(sample_, measurements_, quality, 1);
+    const Bytes file = destination_.encodeSample(sample_, measurements_, quality);
     const Image coded = ImageSource::create(file)->image();
     // The numbers as they are: the file may describe the space of the sample by another profile.
     return score_.of(rendered(coded, renderingSpace(coded.colorSpace), 8));

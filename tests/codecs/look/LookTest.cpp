@@ -121,9 +121,9 @@ double stepped(double quality) { return std::round(quality * 20) / 20; }
 TEST(Look, countsTheStepThatIsCodedInPlaceOfTheQualityThatIsAsked) {
   ImageDestination destination = jpegDestination;
   destination.codedQuality = stepped;
-  destination.encode = [](const Image& image, const PictureMeasurements& measurements,
-                          double quality, int threads) {
-    return jpegDestination.encode(image, measurements, stepped(quality), threads);
+  destination.encodeSample = [](const Image& image, const PictureMeasurements& measurements,
+                                double quality) {
+    return jpegDestination.encodeSample(image, measurements, stepped(quality));
   };
   const Image image = photograph(15);
   const PictureMeasurements measurements = measuredAs(ContentClass::photo, image);
