@@ -1,7 +1,10 @@
 #include "codecs/look/Look.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <optional>
+#include <span>
 
 #include "codecs/ImageSource.h"
 #include "codecs/QualityTable.h"
@@ -12,15 +15,19 @@
 namespace orvane {
 namespace {
 
-/// How far, in points of the score, a picture may be off before a second sample is encoded. It
-/// counts in full from twice as far on, so that sizes rise with the quality.
-constexpr double farOff = 2.5;
+/// The qualities that samples are coded with. Qualities that lie near each other have samples in
+/// common, so that the result rises with the quality that is asked.
+constexpr std::array sampledQualities{0.0, 0.15, 0.3, 0.5, 0.7, 0.8, 0.9, 1.0};
 
 /// How far a picture may look better than photographs do on the mean.
 struct Margin {
   double points;        ///< of the score
   double partOfExcess;  ///< 0…1
-  double forExcess(double excess) const { return points + partOfExcess * std::max(excess, 0.0); }
+
+  /// What may stay of an excess, which may be negative.
+  double partOf(double excess) const {
+    return std::clamp(excess, 0.0, points + partOfExcess * std::max(excess, 0.0));
+  }
 };
 
 /// Samples of pictures without grain score too high: the seams between their bands hide losses, the
@@ -29,7 +36,7 @@ struct Margin {
 Margin marginFor(const ImageCharacteristics& characteristics, std::size_t band) {
   constexpr double grain = 4;                // noise from which on seams are nothing special
   constexpr double seamsWithoutGrain = 240;  // points for bands of one pixel
-  constexpr double graphicsPoints = 1;       // kept in any case
+  constexpr double graphicsPoints = 3;       // kept in any case
   constexpr double graphicsPartWithoutGrain = 0.5;
   const double smoothness = std::max(1 - characteristics.noiseLevel / grain, 0.0);
   const double seams = smoothness * seamsWithoutGrain / static_cast<double>(band);
@@ -37,62 +44,80 @@ Margin marginFor(const ImageCharacteristics& characteristics, std::size_t band) 
   return {std::max(seams, graphicsPoints), smoothness * graphicsPartWithoutGrain};
 }
 
-/// One sample's result: the mean score of photographs at the quality that was coded, and this
-/// picture's.
-struct Point {
-  double mean;
-  double score;
-};
-
-/// Encodes a picture at a quality and scores what it shows then.
-class Sampling {
+/// How one picture's score rises with the mean score of photographs: lines between its samples. A
+/// sample is coded when its score is needed.
+class ScoreCurve {
  public:
-  Sampling(const ImageDestination& destination, const Image& sample,
-           const PictureMeasurements& measurements)
-      : destination_(destination), sample_(sample), measurements_(measurements), score_(sample) {}
+  ScoreCurve(const ImageDestination& destination, const Image& sample,
+             const PictureMeasurements& measurements)
+      : destination_(destination),
+        sample_(sample),
+        measurements_(measurements),
+        reference_(sample) {
+    std::ranges::transform(sampledQualities, means_.begin(), [&](double quality) {
+      return settingAt(destination.sampleScores(), destination.codedQuality(quality));
+    });
+  }
 
-  /// The mean scores of photographs' samples.
-  std::span<const QualityPoint> means() const { return destination_.sampleScores(); }
+  double scoreAt(double mean) {
+    const auto above = std::upper_bound(means_.begin() + 1, means_.end() - 1, mean);
+    const auto upper = static_cast<std::size_t>(above - means_.begin());
+    const double part = (mean - means_[upper - 1]) / (means_[upper] - means_[upper - 1]);
+    return std::lerp(score(upper - 1), score(upper), std::clamp(part, 0.0, 1.0));
+  }
 
-  Point at(double quality) const {
-    return {settingAt(means(), destination_.codedQuality(quality)), scoreAt(quality)};
+  /// The mean at which the score is `wanted`, searched from the mean `start` on. The first or last
+  /// one where no sample reaches it.
+  double meanAt(double wanted, double start) {
+    std::size_t number = nearest(start);
+    const bool isRising = score(number) < wanted;
+    const std::size_t end = isRising ? means_.size() - 1 : 0;
+    while (number != end) {
+      const std::size_t next = isRising ? number + 1 : number - 1;
+      if (isRising ? score(next) >= wanted : score(next) < wanted) {
+        const double part = (wanted - score(number)) / (score(next) - score(number));
+        return std::lerp(means_[number], means_[next], part);
+      }
+      number = next;
+    }
+    return means_[end];
   }
 
  private:
-  double scoreAt(double quality) const {
+  std::size_t nearest(double mean) const {
+    const auto distance = [=](double sampled) { return std::abs(sampled - mean); };
+    return static_cast<std::size_t>(std::ranges::min_element(means_, {}, distance) -
+                                    means_.begin());
+  }
+
+  double score(std::size_t number) {
+    if (!scores_[number]) scores_[number] = coded(sampledQualities[number]);
+    return *scores_[number];
+  }
+
+  /// Encodes, decodes and scores.
+  double coded(double quality) const {
     const Bytes file = destination_.encodeSample(sample_, measurements_, quality);
-    const Image coded = ImageSource::create(file)->image();
+    const Image image = ImageSource::create(file)->image();
     // The numbers as they are: the file may describe the space of the sample by another profile.
-    return score_.of(rendered(coded, renderingSpace(coded.colorSpace), 8));
+    return reference_.of(rendered(image, renderingSpace(image.colorSpace), 8));
   }
 
   const ImageDestination& destination_;
   const Image& sample_;
   const PictureMeasurements& measurements_;
-  StructuralScore score_;
+  StructuralScore reference_;
+  std::array<double, sampledQualities.size()> means_{};
+  std::array<std::optional<double>, sampledQualities.size()> scores_;
 };
 
-/// The mean score at which this picture's is `aim`, on the line through two points.
-double meanFor(double aim, Point first, Point second) {
-  const double slope = (second.score - first.score) / (second.mean - first.mean);
-  return second.mean + (aim - second.score) / std::clamp(slope, 0.5, 2.0);
-}
-
-/// The quality at which the score lies between the mean at `quality` and what `margin` allows
-/// above.
-double movedQuality(const Sampling& sampling, double quality, const Margin& margin) {
-  const auto means = sampling.means();
-  const Point first = sampling.at(quality);
+/// The quality at which the score is the mean one at `quality`, or above it by what `margin`
+/// allows.
+double movedQuality(ScoreCurve& curve, std::span<const QualityPoint> means, double quality,
+                    const Margin& margin) {
   const double mean = settingAt(means, quality);
-  // As if this picture's scores rose as the mean does.
-  const double score = mean + (first.score - first.mean);
-  const double aim = std::clamp(score, mean, mean + margin.forExcess(score - mean));
-  const double guess = qualityAt(means, mean + aim - score);
-  const double weight = std::clamp(std::abs(aim - score) / farOff - 1, 0.0, 1.0);
-  if (weight == 0) return guess;
-  const Point second = sampling.at(guess);
-  if (second.mean == first.mean) return guess;
-  return std::lerp(guess, qualityAt(means, meanFor(aim, first, second)), weight);
+  const double kept = margin.points > 0 ? margin.partOf(curve.scoreAt(mean) - mean) : 0;
+  return qualityAt(means, curve.meanAt(mean + kept, mean));
 }
 
 }  // namespace
@@ -102,10 +127,11 @@ double qualityForLook(const ImageDestination& destination, const Image& image,
   if (quality >= 1 || image.alpha != AlphaKind::none) return quality;
   const auto sample = sampleOf(image, destination.sampleShape);
   if (!sample) return quality;
-  const Sampling sampling(destination, *sample, measurements);
   const ImageCharacteristics& characteristics = measurements.characteristics;
-  const double moved = movedQuality(
-      sampling, quality, marginFor(characteristics, destination.sampleShape.bandOf(image)));
+  ScoreCurve curve(destination, *sample, measurements);
+  const double moved =
+      movedQuality(curve, destination.sampleScores(), quality,
+                   marginFor(characteristics, destination.sampleShape.bandOf(image)));
   // The finest settings are for those who ask for them.
   const double kept = std::lerp(quality, moved, std::min((1 - quality) / 0.05, 1.0));
   return isPhotograph(characteristics.contentClass) ? kept : std::min(quality, kept);

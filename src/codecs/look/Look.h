@@ -6,8 +6,9 @@ namespace orvane {
 
 /// The quality, 0…1, at which this picture looks as photographs do on the mean at `quality`: some
 /// are better than the mean at equal settings, others worse. A sample of the picture is encoded,
-/// decoded and scored; a second time where the first was far off. Costs a twentieth of an encoding
-/// of 12 megapixels, a third of one of less than two, and the same again for the second time.
+/// decoded and scored at two of a few fixed qualities, rarely at more. The result rises with
+/// `quality`. Each sample costs a twentieth of an encoding of 12 megapixels, a third of one of less
+/// than two.
 ///
 /// Never more than `quality` for screens and drawings. `quality` itself where it is 1, for pictures
 /// with alpha, of which a sample cannot tell what is seen, for those too small to take a sample

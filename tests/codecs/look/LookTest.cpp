@@ -55,6 +55,20 @@ TEST_P(EveryDestination, takesMoreQualityWhereAPictureIsHardToCode) {
             qualityForLook(destination(), easy, measuredAs(ContentClass::photo, easy), 0.75));
 }
 
+// Whoever asks for more gets no smaller file.
+TEST(Look, risesWithEveryStepOfTheQuality) {
+  for (const int noise : {0, 6, 25}) {
+    const Image image = photograph(noise);
+    const PictureMeasurements measurements = measuredAs(ContentClass::photo, image);
+    double last = 0;
+    for (int percent = 1; percent <= 100; ++percent) {
+      const double moved = qualityForLook(jpegDestination, image, measurements, percent / 100.0);
+      EXPECT_GE(moved, last) << percent << " with noise of " << noise;
+      last = moved;
+    }
+  }
+}
+
 TEST_P(EveryDestination, leavesPicturesWithAlphaAlone) {
   const Image image = test::alphaGradientImage(768, 512);
   EXPECT_EQ(qualityForLook(destination(), image, measuredAs(ContentClass::photo, image), 0.75),
