@@ -17,7 +17,7 @@ namespace {
 
 /// The qualities that samples are coded with. Qualities that lie near each other have samples in
 /// common, so that the result rises with the quality that is asked.
-constexpr std::array sampledQualities{0.0, 0.15, 0.3, 0.5, 0.7, 0.8, 0.9, 1.0};
+constexpr std::array sampledQualities{0.0, 0.15, 0.3, 0.5, 0.7, 0.8, 0.85, 0.9, 1.0};
 
 /// How far a picture may look better than photographs do on the mean.
 struct Margin {
