@@ -39,7 +39,8 @@ struct ImageDestination {
   /// The quality whose setting `encode` uses, after rounding it to a whole one where it must.
   double (*codedQuality)(double quality) = [](double quality) { return quality; };
 
-  /// Writes a file of the same pixels as `encode` does. It may be larger, and takes less time.
+  /// Writes a file of the same pixels as `encode` does, on one thread. It may be larger, and takes
+  /// less time. Throws UnwritableImage, std::bad_alloc.
   Bytes (*encodeSample)(const Image& image, const PictureMeasurements& measurements,
                         double quality);
 

@@ -65,8 +65,8 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
   return join(groups);
 }
 
-Bytes encodeSmall(const Image& image, const PictureMeasurements& measurements, double quality,
-                  int) {
+Bytes encodeSmallest(const Image& image, const PictureMeasurements& measurements, double quality,
+                     int) {
   return encode(image, measurements, quality, ScanScripts::toTry());
 }
 
@@ -79,7 +79,7 @@ Bytes encodeSample(const Image& image, const PictureMeasurements& measurements, 
 const ImageDestination jpegDestination{
     .alpha = ImageDestination::Alpha::none,
     .maximumQuality = 1,
-    .encode = encodeSmall,
+    .encode = encodeSmallest,
     .encodeSample = encodeSample,
     .sampleShape = {.bandOfSmall = 64, .bandOfLarge = 64, .mostPixels = 250'000},
     .sampleScores = QualityTables::jpegSampleScore};

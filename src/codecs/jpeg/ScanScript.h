@@ -17,8 +17,8 @@ struct ScanScripts {
   std::vector<ScanScript> luma;
   std::vector<ScanScript> chroma;
 
-  static ScanScripts toTry();     ///< one of each makes the smallest file
-  static ScanScripts quickest();  ///< one of each
+  static ScanScripts toTry();     ///< The smallest file is made by one luma and one chroma script.
+  static ScanScripts quickest();  ///< one script of each
 };
 
 }  // namespace orvane

@@ -15,8 +15,8 @@
 namespace orvane {
 namespace {
 
-/// The qualities that samples are coded with. Qualities that lie near each other have samples in
-/// common, so that the result rises with the quality that is asked.
+/// The qualities that samples are coded with. They are fixed, so that every quality is read off the
+/// same scores, and the result rises with the quality that is asked.
 constexpr std::array sampledQualities{0.0, 0.15, 0.3, 0.5, 0.7, 0.8, 0.85, 0.9, 1.0};
 
 /// How far a picture may look better than photographs do on the mean.
@@ -24,8 +24,10 @@ struct Margin {
   double points;        ///< of the score
   double partOfExcess;  ///< 0…1
 
-  /// What may stay of an excess, which may be negative.
-  double partOf(double excess) const {
+  bool keepsWorse;  ///< leaves pictures alone that look worse
+
+  /// What may stay of an excess over the mean.
+  double keptOf(double excess) const {
     return std::clamp(excess, 0.0, points + partOfExcess * std::max(excess, 0.0));
   }
 };
@@ -40,8 +42,8 @@ Margin marginFor(const ImageCharacteristics& characteristics, std::size_t band) 
   constexpr double graphicsPartWithoutGrain = 0.5;
   const double smoothness = std::max(1 - characteristics.noiseLevel / grain, 0.0);
   const double seams = smoothness * seamsWithoutGrain / static_cast<double>(band);
-  if (isPhotograph(characteristics.contentClass)) return {seams, 0};
-  return {std::max(seams, graphicsPoints), smoothness * graphicsPartWithoutGrain};
+  if (isPhotograph(characteristics.contentClass)) return {seams, 0, false};
+  return {std::max(seams, graphicsPoints), smoothness * graphicsPartWithoutGrain, true};
 }
 
 /// How one picture's score rises with the mean score of photographs: lines between its samples. A
@@ -60,34 +62,29 @@ class ScoreCurve {
   }
 
   double scoreAt(double mean) {
-    const auto above = std::upper_bound(means_.begin() + 1, means_.end() - 1, mean);
-    const auto upper = static_cast<std::size_t>(above - means_.begin());
-    const double part = (mean - means_[upper - 1]) / (means_[upper] - means_[upper - 1]);
-    return std::lerp(score(upper - 1), score(upper), std::clamp(part, 0.0, 1.0));
+    const std::size_t number = segmentAt(mean);
+    const double part = (mean - means_[number]) / (means_[number + 1] - means_[number]);
+    return std::lerp(score(number), score(number + 1), std::clamp(part, 0.0, 1.0));
   }
 
   /// The mean at which the score is `wanted`, searched from the mean `start` on. The first or last
-  /// one where no sample reaches it.
+  /// sample's where none reaches it.
   double meanAt(double wanted, double start) {
-    std::size_t number = nearest(start);
-    const bool isRising = score(number) < wanted;
-    const std::size_t end = isRising ? means_.size() - 1 : 0;
-    while (number != end) {
-      const std::size_t next = isRising ? number + 1 : number - 1;
-      if (isRising ? score(next) >= wanted : score(next) < wanted) {
-        const double part = (wanted - score(number)) / (score(next) - score(number));
-        return std::lerp(means_[number], means_[next], part);
-      }
-      number = next;
-    }
-    return means_[end];
+    constexpr std::size_t last = sampledQualities.size() - 1;
+    std::size_t number = segmentAt(start);
+    while (number > 0 && score(number) >= wanted) --number;
+    if (score(number) >= wanted) return means_.front();
+    while (number < last && score(number + 1) < wanted) ++number;
+    if (number == last) return means_.back();
+    const double part = (wanted - score(number)) / (score(number + 1) - score(number));
+    return std::lerp(means_[number], means_[number + 1], part);
   }
 
  private:
-  std::size_t nearest(double mean) const {
-    const auto distance = [=](double sampled) { return std::abs(sampled - mean); };
-    return static_cast<std::size_t>(std::ranges::min_element(means_, {}, distance) -
-                                    means_.begin());
+  /// The number of the first of the two samples between which `mean` lies.
+  std::size_t segmentAt(double mean) const {
+    const auto end = std::lower_bound(means_.begin() + 1, means_.end() - 1, mean);
+    return static_cast<std::size_t>(end - means_.begin()) - 1;
   }
 
   double score(std::size_t number) {
@@ -111,13 +108,21 @@ class ScoreCurve {
   std::array<std::optional<double>, sampledQualities.size()> scores_;
 };
 
-/// The quality at which the score is the mean one at `quality`, or above it by what `margin`
-/// allows.
+/// The quality at which the score is the mean one at `quality`, or above it by the margin.
 double movedQuality(ScoreCurve& curve, std::span<const QualityPoint> means, double quality,
                     const Margin& margin) {
   const double mean = settingAt(means, quality);
-  const double kept = margin.points > 0 ? margin.partOf(curve.scoreAt(mean) - mean) : 0;
-  return qualityAt(means, curve.meanAt(mean + kept, mean));
+  // Without a margin nothing depends on the score at the mean, and no sample is coded for it.
+  const double excess = margin.points > 0 ? curve.scoreAt(mean) - mean : 0;
+  if (excess < 0 && margin.keepsWorse) return quality;
+  return qualityAt(means, curve.meanAt(mean + margin.keptOf(excess), mean));
+}
+
+/// The finest settings are for those who ask for them: a picture is raised at most half the way to
+/// the best, and lowered the less the nearer `quality` is to 1. Rises with `moved` and `quality`.
+double limited(double moved, double quality, double best) {
+  if (moved > quality) return std::min(moved, std::lerp(quality, std::max(quality, best), 0.5));
+  return std::lerp(quality, moved, std::min((1 - quality) / 0.05, 1.0));
 }
 
 }  // namespace
@@ -127,14 +132,11 @@ double qualityForLook(const ImageDestination& destination, const Image& image,
   if (quality >= 1 || image.alpha != AlphaKind::none) return quality;
   const auto sample = sampleOf(image, destination.sampleShape);
   if (!sample) return quality;
-  const ImageCharacteristics& characteristics = measurements.characteristics;
   ScoreCurve curve(destination, *sample, measurements);
   const double moved =
       movedQuality(curve, destination.sampleScores(), quality,
-                   marginFor(characteristics, destination.sampleShape.bandOf(image)));
-  // The finest settings are for those who ask for them.
-  const double kept = std::lerp(quality, moved, std::min((1 - quality) / 0.05, 1.0));
-  return isPhotograph(characteristics.contentClass) ? kept : std::min(quality, kept);
+                   marginFor(measurements.characteristics, destination.sampleShape.bandOf(image)));
+  return limited(moved, quality, destination.maximumQuality);
 } catch (const UnwritableImage&) {
   return quality;
 } catch (const UnreadableImage&) {
