@@ -145,7 +145,7 @@ const ImageDestination heicDestination{
     .maximumQuality = 1,
     .encode = encode,
     .encodeSample = encodeSample,
-    .sampleShape = {.bandOfSmall = 64, .bandOfLarge = 64, .mostPixels = 600'000},
+    .sampleShape = {.bandOfSmall = 64, .bandOfLarge = 64, .mostPixels = 400'000},
     .sampleScores = QualityTables::heicSampleScore};
 
 }  // namespace orvane
