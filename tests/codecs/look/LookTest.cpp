@@ -64,6 +64,39 @@ TEST_P(EveryDestination, takesMoreQualityWhereAPictureIsHardToCode) {
   EXPECT_GT(qualityForLook(destination(), hard, measuredAs(ContentClass::photo, hard), 0.6), 0.6);
 }
 
+int codedSamples = 0;
+
+TEST(Look, codesOneSampleOfAPictureThatNeedsMoreQualityAndTwoOfOneThatNeedsLess) {
+  ImageDestination destination = jpegDestination;
+  destination.encodeSample = [](const Image& image, const PictureMeasurements& measurements,
+                                double quality) {
+    ++codedSamples;
+    return jpegDestination.encodeSample(image, measurements, quality);
+  };
+  const auto samplesFor = [&](const Image& image) {
+    PictureMeasurements measurements = measuredAs(ContentClass::photo, image);
+    measurements.characteristics.noiseLevel = 4;
+    codedSamples = 0;
+    qualityForLook(destination, image, measurements, 0.75);
+    return codedSamples;
+  };
+  EXPECT_EQ(samplesFor(hardPicture()), 1);
+  EXPECT_EQ(samplesFor(photograph(6)), 2);
+}
+
+TEST_P(EveryDestination, staysWithinTheQualitiesWhereAllScoresAreEqual) {
+  const Image flat = test::drawImage(768, 512, ChannelLayout::rgba, AlphaKind::none, 8,
+                                     ColorSpace::sRGB(), [](std::size_t, std::size_t) {
+                                       return test::Pixel{90, 90, 90, 255};
+                                     });
+  for (const ContentClass contentClass : {ContentClass::photo, ContentClass::illustration}) {
+    const double quality =
+        qualityForLook(destination(), flat, measuredAs(contentClass, flat), 0.75);
+    EXPECT_GE(quality, 0);
+    EXPECT_LT(quality, 0.75);
+  }
+}
+
 void expectRisingQualities(const Image& image, ContentClass contentClass) {
   const PictureMeasurements measurements = measuredAs(contentClass, image);
   double last = 0;
