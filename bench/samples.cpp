@@ -56,5 +56,9 @@ int main(int count, char** arguments) {
     for (std::size_t k = 0; k < qualities.size(); ++k) sums[k] += score.at(qualities[k]);
     ++samples;
   }
+  if (samples == 0) {
+    std::cerr << "no picture is large enough for a sample\n";
+    return EXIT_FAILURE;
+  }
   for (const double sum : sums) std::cout << sum / samples << '\n';
 }

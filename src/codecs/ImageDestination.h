@@ -36,9 +36,6 @@ struct ImageDestination {
   Bytes (*encode)(const Image& image, const PictureMeasurements& measurements, double quality,
                   int threads);
 
-  /// The quality whose setting `encode` uses, after rounding it to a whole one where it must.
-  double (*codedQuality)(double quality) = [](double quality) { return quality; };
-
   /// Writes a file of the same pixels as `encode` does, on one thread. It may be larger, and takes
   /// less time. Throws UnwritableImage, std::bad_alloc.
   Bytes (*encodeSample)(const Image& image, const PictureMeasurements& measurements,

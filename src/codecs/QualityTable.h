@@ -23,7 +23,7 @@ std::span<const QualityPoint> avifQuantizerTunedForImages();  ///< libaom 3.12 o
 /// x265's constant rate factor.
 std::span<const QualityPoint> heicRateFactor();
 
-/// The mean scores, 0…100, of samples of photographs (see SampleScore) at these settings.
+/// The mean scores, below 100, of samples of photographs (see SampleScore) at these settings.
 std::span<const QualityPoint> jpegSampleScore();
 std::span<const QualityPoint> avifSampleScore();
 std::span<const QualityPoint> avifSampleScoreTunedForImages();

@@ -49,8 +49,4 @@ int colorQuantizer(double quality, Tuning tuning) {
   return static_cast<int>(std::lround(settingAt(quantizers(tuning), quality)));
 }
 
-double codedQuality(double quality, Tuning tuning) {
-  return qualityAt(quantizers(tuning), colorQuantizer(quality, tuning));
-}
-
 }  // namespace orvane::AVIFSettings

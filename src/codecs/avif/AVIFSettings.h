@@ -55,7 +55,4 @@ inline constexpr int alphaQuantizer = 6;
 /// The quantizer for a quality of 0…1: 1…63, fewest bits at 63.
 int colorQuantizer(double quality, Tuning tuning);
 
-/// The quality for which `colorQuantizer`, a whole number, stands.
-double codedQuality(double quality, Tuning tuning);
-
 }  // namespace orvane::AVIFSettings

@@ -137,10 +137,6 @@ Bytes encode(const Image& image, const PictureMeasurements& measurements, double
   return encode(*picture, quality, content, threads);
 }
 
-double codedQuality(double quality) {
-  return AVIFSettings::codedQuality(quality, AVIFSettings::bestTuning());
-}
-
 std::span<const QualityPoint> sampleScores() {
   return AVIFSettings::bestTuning() == Tuning::imageQuality
              ? QualityTables::avifSampleScoreTunedForImages()
@@ -158,7 +154,6 @@ const ImageDestination avifDestination{
     // Deliberately never the best setting.
     .maximumQuality = 0.99,
     .encode = encode,
-    .codedQuality = codedQuality,
     .encodeSample = encodeSample,
     // libaom codes pictures of 720 rows and more in another way.
     .sampleShape = {.bandOfSmall = 128, .bandOfLarge = 256, .mostPixels = 600'000},

@@ -14,16 +14,16 @@
 namespace orvane {
 namespace {
 
-/// How far a picture may look better than photographs do on the mean.
-struct Margin {
-  double points;        ///< of the score
-  double partOfExcess;  ///< 0…1
-  bool keepsWorse;      ///< leaves pictures alone that look worse
+/// What a picture is to look like beside the mean of photographs.
+struct Aim {
   double reserve;       ///< of quality that the settings have, and that is taken back
+  double points;        ///< of the score that may stay above the mean
+  double partOfExcess;  ///< 0…1, stays as well
+  bool mayBeRaised;
 
-  /// The part of an excess over the mean that a picture keeps; 0 where it is negative.
+  /// How far above the mean a picture stays that is above it by `excess`; 0 where it is below.
   double keptOf(double excess) const {
-    return std::clamp(excess, 0.0, points + partOfExcess * std::max(excess, 0.0));
+    return std::max(std::min(excess, points + partOfExcess * excess), 0.0);
   }
 };
 
@@ -31,19 +31,19 @@ struct Margin {
 /// more the narrower the bands are. Those of screens and drawings score up to 5 points too high,
 /// the more the better they look: some fell below the mean when less than half of their excess was
 /// kept.
-Margin marginFor(const ImageCharacteristics& characteristics, std::size_t band) {
+Aim aimFor(const ImageCharacteristics& characteristics, std::size_t band) {
   constexpr double grain = 4;                // noise from which on seams are nothing special
   constexpr double seamsWithoutGrain = 240;  // points for bands of one pixel
   constexpr double graphicsPoints = 5;       // kept in any case
   constexpr double graphicsPartWithoutGrain = 0.5;
-  // Two photographs of three are planned 0.04 lower than asked, and the settings make up for it, so
-  // that the mean of all is what is asked. Half of this is taken back: each photograph is near to
-  // the look of its plan, and the mean near to the look that is asked.
+  // Two photographs of three are planned 0.04 lower than asked, 0.027 on the mean of all, and the
+  // settings make up for it, so that the mean look is what is asked. Half of the 0.027 is taken
+  // back: each photograph is near to the look of its plan, and the mean near to what is asked.
   constexpr double photographsReserve = 0.014;
   const double smoothness = std::max(1 - characteristics.noiseLevel / grain, 0.0);
   const double seams = smoothness * seamsWithoutGrain / static_cast<double>(band);
-  if (isPhotograph(characteristics.contentClass)) return {seams, 0, false, photographsReserve};
-  return {std::max(seams, graphicsPoints), smoothness * graphicsPartWithoutGrain, true, 0};
+  if (isPhotograph(characteristics.contentClass)) return {photographsReserve, seams, 0, true};
+  return {0, std::max(seams, graphicsPoints), smoothness * graphicsPartWithoutGrain, false};
 }
 
 /// How one picture's score rises with the mean score of photographs: lines through the scores of
@@ -55,9 +55,8 @@ class ScoreCurve {
   /// From this score on all pictures look alike.
   static constexpr double allAlike = 95;
 
-  ScoreCurve(const ImageDestination& destination, const Image& sample,
-             const PictureMeasurements& measurements)
-      : destination_(destination), sampleScore_(destination, sample, measurements) {}
+  ScoreCurve(std::span<const QualityPoint> means, const SampleScore& sampleScore)
+      : means_(means), sampleScore_(sampleScore) {}
 
   double scoreAt(double mean) { return read(mean, &Point::mean, &Point::score); }
 
@@ -70,7 +69,8 @@ class ScoreCurve {
     double score;
   };
 
-  /// Most pictures need the last one only, or the last two.
+  /// Points of every table of means, which are exact there. Most pictures need the last one only,
+  /// or the last two.
   static constexpr std::array sampledQualities{0.0, 0.3, 0.7};
 
   double read(double value, double Point::*from, double Point::*to) {
@@ -87,34 +87,37 @@ class ScoreCurve {
     return *points_[number];
   }
 
-  /// Scores below the next point's. Those that hardly fall say nothing about lower qualities.
+  /// Its score is lowered where it hardly differs from the next point's: the lines rise everywhere,
+  /// and can be read both ways.
   Point sampled(double quality, const Point& next) const {
     constexpr double leastSlope = 0.25;
-    const double mean = settingAt(destination_.sampleScores(), destination_.codedQuality(quality));
+    const double mean = settingAt(means_, quality);
     const double most = next.score - leastSlope * (next.mean - mean);
     return {mean, std::min(sampleScore_.at(quality), most)};
   }
 
-  const ImageDestination& destination_;
-  SampleScore sampleScore_;
+  std::span<const QualityPoint> means_;
+  const SampleScore& sampleScore_;
   std::array<std::optional<Point>, sampledQualities.size()> points_;
 };
 
-/// The quality at which the score is the mean one at `quality`, or above it by the margin.
-double movedQuality(ScoreCurve& curve, std::span<const QualityPoint> means, double quality,
-                    const Margin& margin) {
-  const double mean = settingAt(means, quality - margin.reserve);
-  if (mean >= ScoreCurve::allAlike) return quality;
-  // Without a margin nothing depends on the score at the mean, and no sample is coded for it.
-  const double excess = margin.points > 0 ? curve.scoreAt(mean) - mean : 0;
-  if (excess < 0 && margin.keepsWorse) return quality;
-  return qualityAt(means, curve.meanAt(mean + margin.keptOf(excess)));
+/// The quality at which a picture looks as it is aimed at for `quality`.
+double movedQuality(const SampleScore& sampleScore, std::span<const QualityPoint> means,
+                    double quality, const Aim& aim) {
+  const double mean = settingAt(means, quality - aim.reserve);
+  if (mean >= ScoreCurve::allAlike) return quality - aim.reserve;
+  ScoreCurve curve(means, sampleScore);
+  // Where no points are kept nothing depends on the score at the mean, and no sample is coded.
+  const double excess = aim.points > 0 ? curve.scoreAt(mean) - mean : 0;
+  const double kept = aim.keptOf(excess);
+  if (!aim.mayBeRaised && excess <= kept) return quality;
+  return qualityAt(means, curve.meanAt(mean + kept));
 }
 
-/// The finest settings are for those who ask for them: a picture is lowered the less the nearer
-/// `quality` is to 1.
-double limited(double moved, double quality) {
-  if (moved > quality) return moved;
+/// The finest settings are for those who ask for them: a picture is raised to `best` at most, and
+/// lowered the less the nearer `quality` is to 1.
+double limited(double moved, double quality, double best) {
+  if (moved > quality) return std::min(moved, std::max(quality, best));
   return std::lerp(quality, moved, std::min((1 - quality) / 0.05, 1.0));
 }
 
@@ -125,11 +128,10 @@ double qualityForLook(const ImageDestination& destination, const Image& image,
   if (quality >= 1 || image.alpha != AlphaKind::none) return quality;
   const auto sample = sampleOf(image, destination.sampleShape);
   if (!sample) return quality;
-  ScoreCurve curve(destination, *sample, measurements);
-  const double moved =
-      movedQuality(curve, destination.sampleScores(), quality,
-                   marginFor(measurements.characteristics, destination.sampleShape.bandOf(image)));
-  return limited(moved, quality);
+  const double moved = movedQuality(
+      SampleScore(destination, *sample, measurements), destination.sampleScores(), quality,
+      aimFor(measurements.characteristics, destination.sampleShape.bandOf(image)));
+  return limited(moved, quality, destination.maximumQuality);
 } catch (const UnwritableImage&) {
   return quality;
 } catch (const UnreadableImage&) {

@@ -26,20 +26,6 @@ TEST(AVIFSettings, stayWithinTheLossyQuantizers) {
   }
 }
 
-TEST(AVIFSettings, tellTheQualityOfTheQuantizerThatIsTaken) {
-  for (const Tuning tuning : {Tuning::imageQuality, Tuning::structuralSimilarity}) {
-    const auto quantizerOf = [&](double quality) {
-      return AVIFSettings::colorQuantizer(quality, tuning);
-    };
-    EXPECT_EQ(AVIFSettings::codedQuality(1, tuning), 1);
-    for (int percent = 0; percent <= 100; ++percent) {
-      const double coded = AVIFSettings::codedQuality(percent / 100.0, tuning);
-      EXPECT_NEAR(coded, percent / 100.0, 0.03) << percent;
-      EXPECT_EQ(quantizerOf(coded), quantizerOf(percent / 100.0)) << percent;
-    }
-  }
-}
-
 TEST(AVIFSettings, cutsLargePicturesIntoTilesThatSeveralThreadsCanShare) {
   const auto tiles = [](std::uint32_t width, std::uint32_t height) {
     const AVIFSettings::Tiles cut = AVIFSettings::tiles(width, height);
