@@ -34,7 +34,7 @@ struct Aim {
 Aim aimFor(const ImageCharacteristics& characteristics, std::size_t band) {
   constexpr double grain = 4;                // noise from which on seams are nothing special
   constexpr double seamsWithoutGrain = 240;  // points for bands of one pixel
-  constexpr double graphicsPoints = 5;       // kept in any case
+  constexpr double graphicsPoints = 4;       // kept in any case
   constexpr double graphicsPartWithoutGrain = 0.5;
   // Two photographs of three are planned 0.04 lower than asked, 0.027 on the mean of all, and the
   // settings make up for it, so that the mean look is what is asked. Half of the 0.027 is taken
