@@ -9,8 +9,9 @@ namespace orvane {
 /// one to three fixed qualities, decoded and scored. Each sample costs up to a twentieth of an
 /// encoding of 12 megapixels, up to a third of one of less than two.
 ///
-/// Never falls as `quality` rises. Never more than `quality` for screens and drawings, nor more than
-/// the destination's maximum for photographs. From 0.95 to 1 pictures are lowered by less and less.
+/// Never falls as `quality` rises. Never more than `quality` for screens and drawings, nor more
+/// than the destination's maximum for photographs. From 0.95 to 1 pictures are lowered by less and
+/// less.
 ///
 /// `quality` itself where it is 1, for pictures with alpha, of which a sample cannot tell what is
 /// seen, for those too small to take a sample from (see sampleOf), and where a sample cannot be
