@@ -2,9 +2,7 @@
 //   orvane-samples FORMAT QUALITY,… PICTURE…
 
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -14,6 +12,7 @@
 #include "picture/RGBABuffer.h"
 #include "pipeline/ImageAnalyzer.h"
 #include "pipeline/ImageDecoder.h"
+#include "platform/foundation/Files.h"
 
 namespace {
 
@@ -29,8 +28,7 @@ std::vector<double> parseQualities(const std::string& list) {
 }
 
 Image pictureIn(const char* path) {
-  std::ifstream stream(path, std::ios::binary);
-  const Bytes file(std::istreambuf_iterator<char>(stream), {});
+  const Bytes file = Files::readWhole(path);
   return ImageDecoder::decode(*ImageDecoder::open(file)).image;
 }
 

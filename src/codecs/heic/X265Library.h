@@ -30,8 +30,8 @@ void setOption(x265_param& param, const char* name, const char* value);
 /// A picture of the size and form that `param` says, without planes.
 Picture makePicture(x265_param& param);
 
-/// Where `param` has wavefronts, up to `threads` threads code rows, fewer where the system refuses
-/// them. May be called by several threads. Throws std::system_error when no thread can be started.
+/// Up to `threads` threads code rows if `param` has wavefronts, fewer if the system refuses them.
+/// May be called by several threads. Throws std::system_error when no thread can be started.
 Encoder makeEncoder(x265_param& param, int threads);
 
 }  // namespace orvane::X265Library

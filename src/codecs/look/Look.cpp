@@ -14,12 +14,12 @@
 namespace orvane {
 namespace {
 
-/// What a picture is to look like beside the mean of photographs.
+/// The look that a picture gets, beside the mean look of photographs at the quality that is asked.
 struct Aim {
-  double reserve;       ///< of quality that the settings have, and that is taken back
-  double points;        ///< of the score that may stay above the mean
-  double partOfExcess;  ///< 0…1, stays as well
-  bool mayBeRaised;
+  double reserve;       ///< is taken off the quality first
+  double points;        ///< of the score, that a picture may keep above the mean
+  double partOfExcess;  ///< 0…1, that it may keep as well
+  bool mayBeRaised;     ///< to a higher quality
 
   /// How far above the mean a picture stays that is above it by `excess`; 0 where it is below.
   double keptOf(double excess) const {
@@ -107,7 +107,7 @@ double movedQuality(const SampleScore& sampleScore, std::span<const QualityPoint
   const double mean = settingAt(means, quality - aim.reserve);
   if (mean >= ScoreCurve::allAlike) return quality - aim.reserve;
   ScoreCurve curve(means, sampleScore);
-  // Where no points are kept nothing depends on the score at the mean, and no sample is coded.
+  // An aim without points keeps nothing, whatever the excess: no sample is coded to measure it.
   const double excess = aim.points > 0 ? curve.scoreAt(mean) - mean : 0;
   const double kept = aim.keptOf(excess);
   if (!aim.mayBeRaised && excess <= kept) return quality;
