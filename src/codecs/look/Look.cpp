@@ -41,9 +41,11 @@ Aim aimFor(const ImageCharacteristics& characteristics, std::size_t band) {
   // back: each photograph is near to the look of its plan, and the mean near to what is asked.
   constexpr double photographsReserve = 0.014;
   const double smoothness = std::max(1 - characteristics.noiseLevel / grain, 0.0);
+  if (!isPhotograph(characteristics.contentClass)) {
+    return {0, graphicsPoints, smoothness * graphicsPartWithoutGrain, false};
+  }
   const double seams = smoothness * seamsWithoutGrain / static_cast<double>(band);
-  if (isPhotograph(characteristics.contentClass)) return {photographsReserve, seams, 0, true};
-  return {0, std::max(seams, graphicsPoints), smoothness * graphicsPartWithoutGrain, false};
+  return {photographsReserve, seams, 0, true};
 }
 
 /// How one picture's score rises with the mean score of photographs: lines through the scores of
