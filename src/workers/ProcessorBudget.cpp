@@ -27,8 +27,9 @@ std::int64_t ProcessorBudget::threadsForNext() const {
   const std::int64_t unfinished = run_.files - finished_;
   if (run_.jobs >= run_.processors) {
     // The system itself keeps all processors busy as long as there are threads for them. Files that
-    // are still in work when none waits were started while fewer than this were unfinished.
-    return unfinished < 2 * run_.jobs ? run_.processors : 1;
+    // are still in work when none waits were started while fewer than twice the jobs were
+    // unfinished.
+    return unfinished / 2 < run_.jobs ? run_.processors : 1;
   }
   return 1 + run_.jobs - unfinished - lentOut_;
 }

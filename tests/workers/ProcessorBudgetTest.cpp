@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <deque>
+#include <limits>
 
 namespace orvane {
 namespace {
@@ -23,8 +25,10 @@ TEST(ProcessorBudget, givesASingleFileAllJobs) {
 }
 
 TEST(ProcessorBudget, givesNoMoreThreadsThanThereAreProcessors) {
-  ProcessorBudget budget({.jobs = 100, .files = 1, .processors = 2});
-  EXPECT_EQ(Share(budget).threads(), 2);
+  for (const std::int64_t jobs : {std::int64_t{100}, std::numeric_limits<std::int64_t>::max()}) {
+    ProcessorBudget budget({.jobs = jobs, .files = 1, .processors = 2});
+    EXPECT_EQ(Share(budget).threads(), 2);
+  }
 }
 
 TEST(ProcessorBudget, givesNoMoreThreadsThanPay) {
