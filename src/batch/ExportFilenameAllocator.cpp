@@ -19,7 +19,7 @@ std::string ExportFilenameAllocator::filename(std::string_view baseName,
 }
 
 bool ExportFilenameAllocator::take(const std::string& name) {
-  return usedNames_.insert(Text::lowercased(name)).second;
+  return usedNames_.insert(Text::nameKey(name)).second;
 }
 
 }  // namespace orvane

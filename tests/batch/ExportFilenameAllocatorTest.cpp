@@ -37,6 +37,11 @@ TEST(ExportFilenameAllocator, ignoresTheCaseOfEveryLetter) {
   EXPECT_EQ(allocate({"ÉTÉ", "été", "ete"}, "jxl"), (Names{"ÉTÉ.jxl", "été-2.jxl", "ete.jxl"}));
 }
 
+TEST(ExportFilenameAllocator, ignoresTheCompositionOfEveryLetter) {
+  EXPECT_EQ(allocate({"e\u0301", "\u00E9", "E\u0301"}, "jxl"),
+            (Names{"e\u0301.jxl", "\u00E9-2.jxl", "E\u0301-3.jxl"}));
+}
+
 TEST(ExportFilenameAllocator, tellsExtensionsApart) {
   ExportFilenameAllocator allocator;
   EXPECT_EQ(allocator.filename("a", "png"), "a.png");

@@ -34,7 +34,7 @@ std::optional<FileIdentity> FileIdentity::of(const std::string& path) {
   if (auto existing = ofExisting(path)) return existing;
   const std::filesystem::path missing = linkTarget(path);
   auto identity = ofExisting(missing.parent_path());
-  if (identity) identity->missingName = Text::lowercased(missing.filename().string());
+  if (identity) identity->missingName = Text::nameKey(missing.filename().string());
   return identity;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/foundation/Text.h"
 
 #include <unicode/locid.h>
+#include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 #include <unicode/unorm2.h>
@@ -14,6 +15,13 @@ std::string lowercased(std::string_view text) {
   std::string result;
   icu::UnicodeString::fromUTF8(text).toLower(icu::Locale::getRoot()).toUTF8String(result);
   return result;
+}
+
+std::string nameKey(std::string_view name) {
+  UErrorCode status = U_ZERO_ERROR;
+  const auto lower = icu::UnicodeString::fromUTF8(name).toLower(icu::Locale::getRoot());
+  std::string result;
+  return icu::Normalizer2::getNFCInstance(status)->normalize(lower, status).toUTF8String(result);
 }
 
 bool equalsIgnoringCase(std::string_view left, std::string_view right) {

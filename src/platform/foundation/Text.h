@@ -5,12 +5,16 @@
 
 namespace orvane {
 
-/// Unicode text in UTF-8. `lowercased`, `equalsIgnoringCase` and `withoutControlCharacters` take
-/// bytes that are not UTF-8 for U+FFFD; no function throws on them.
+/// Unicode text in UTF-8. `trimmed` leaves bytes that are not UTF-8; the other functions take them
+/// for U+FFFD. No function throws on them.
 namespace Text {
 
 /// Full Unicode lower-casing, root locale.
 std::string lowercased(std::string_view text);
+
+/// `text` lower-cased and composed (Unicode Normalization Form C): equal for two names that a file
+/// system without letter case takes for one.
+std::string nameKey(std::string_view name);
 
 /// Canonical caseless match: letter case and composition do not count, accents do.
 bool equalsIgnoringCase(std::string_view left, std::string_view right);

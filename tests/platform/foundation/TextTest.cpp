@@ -23,6 +23,13 @@ TEST(Text, lowersBytesThatAreNotUTF8ToReplacementCharacters) {
             "a\uFFFDb");
 }
 
+TEST(Text, givesOneKeyToNamesThatDifferInCaseAndCompositionOnly) {
+  EXPECT_EQ(Text::nameKey("E\u0301T\u00C9.PNG"), "\u00E9t\u00E9.png");
+  EXPECT_NE(Text::nameKey("\u00E9"), Text::nameKey("e"));
+  EXPECT_EQ(Text::nameKey("A\xFF"), "a\uFFFD");
+  EXPECT_EQ(Text::nameKey(""), "");
+}
+
 TEST(Text, comparesWithoutLetterCase) {
   EXPECT_TRUE(Text::equalsIgnoringCase("Web", "wEB"));
   EXPECT_TRUE(Text::equalsIgnoringCase("ÉTÉ", "été"));
