@@ -5,6 +5,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
+#include "platform/foundation/Memory.h"
 #include "platform/foundation/URLReference.h"
 #include "profiles/JSONText.h"
 
@@ -12,6 +13,9 @@ namespace orvane::ExportProfileJSON {
 namespace {
 
 using nlohmann::json;
+
+/// The most memory that the parser was seen to take for a byte of text: 76 for nested arrays.
+constexpr std::size_t treeBytesPerByte = 100;
 
 std::string encodedProfile(const ExportProfile& profile) {
   std::string object = "{\"id\":" + JSONText::string(profile.id.string()) +
@@ -68,6 +72,8 @@ std::optional<std::string> encode(std::span<const ExportProfile> profiles) {
 std::optional<std::vector<ExportProfile>> decode(ByteView bytes) try {
   // The parser would take a NUL for the end of the text and ignore what follows.
   if (std::ranges::find(bytes, 0) != bytes.end()) return std::nullopt;
+  // The parser's tree ends the process where it cannot get memory while it is taken apart.
+  Memory::require(bytes.size() * treeBytesPerByte);
   const json array = json::parse(bytes.begin(), bytes.end());
   if (!array.is_array()) return std::nullopt;
   std::vector<ExportProfile> profiles;

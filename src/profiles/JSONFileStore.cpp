@@ -41,14 +41,16 @@ std::optional<std::vector<ExportProfile>> readProfiles(const std::string& path) 
   return std::nullopt;  // FileError or std::bad_alloc
 }
 
-/// Copies the file, when it exists, to a name that is free.
-void keepCopy(const std::string& path) {
-  const std::string copy = path + ".bak";
+/// Renames the file, when it exists, to a name that is free. Returns whether it is out of the way.
+bool setAside(const std::string& path) {
   std::error_code error;
-  std::filesystem::copy_file(path, copy, error);
-  for (int number = 2; error == std::errc::file_exists; ++number) {
-    std::filesystem::copy_file(path, copy + std::to_string(number), error);
+  if (!std::filesystem::is_regular_file(path, error)) return true;
+  std::string aside = path + ".bak";
+  for (int number = 2; exists(std::filesystem::symlink_status(aside, error)); ++number) {
+    aside = path + ".bak" + std::to_string(number);
   }
+  std::filesystem::rename(path, aside, error);
+  return !error;
 }
 
 ByteView bytesOf(std::string_view text) {
@@ -89,7 +91,7 @@ void updateProfiles(const std::function<void(std::vector<ExportProfile>&)>& chan
   TemporaryNames::removeLeftovers(std::filesystem::path(path).parent_path());
   auto profiles = readProfiles(path);
   if (!profiles) {
-    keepCopy(path);
+    if (!setAside(path)) return;
     profiles.emplace();
   }
   change(*profiles);

@@ -37,8 +37,9 @@ void save(std::span<const ExportProfile> list, std::string_view filename);
 std::vector<ExportProfile> loadProfiles();
 
 /// Loads the list, lets `change` change it and saves it. Other processes that call this wait
-/// meanwhile, so no change is lost. A file that is there but is no list is copied first, to the
-/// same name and ".bak", ".bak2" …, whichever is free. Failures are ignored by design.
+/// meanwhile, so no change is lost. A file that is there but is no list is renamed first, to the
+/// same name and ".bak", ".bak2" …, whichever is free; where that fails, nothing is saved. Failures
+/// are ignored by design.
 /// Throws NoApplicationSupportFolderError and what `change` throws.
 void updateProfiles(const std::function<void(std::vector<ExportProfile>&)>& change);
 

@@ -1,6 +1,7 @@
 // The profile command, and the file that it shares with other programs.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -151,7 +152,7 @@ TEST_F(ProfileCreationEndToEnd, replacesABrokenFile) {
   }
 }
 
-TEST_F(ProfileCreationEndToEnd, keepsACopyOfEveryBrokenFile) {
+TEST_F(ProfileCreationEndToEnd, setsEveryBrokenFileAside) {
   const fs::path store = tool.profileFile().parent_path();
   writeProfiles("[{broken}]");
   fs::permissions(tool.profileFile(), fs::perms::owner_read | fs::perms::owner_write);
@@ -169,6 +170,37 @@ TEST_F(ProfileCreationEndToEnd, keepsACopyOfEveryBrokenFile) {
   EXPECT_EQ(test::readFile(store / "exportProfiles.json.bak3").at(0), 't');
   EXPECT_EQ(fs::status(store / "exportProfiles.json.bak").permissions(),
             fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(ProfileCreationEndToEnd, setsABrokenFileAsideUnderANameThatIsFree) {
+  const fs::path store = tool.profileFile().parent_path();
+  writeProfiles("broken");
+  fs::create_directory(store / "exportProfiles.json.bak");
+  fs::create_symlink("nowhere", store / "exportProfiles.json.bak2");
+  EXPECT_EQ(create({"A", "--format", "png", "--quality", "80"}).status, 0);
+  EXPECT_EQ(test::readFile(store / "exportProfiles.json.bak3").size(), 6u);
+  EXPECT_TRUE(fs::is_symlink(store / "exportProfiles.json.bak2"));
+}
+
+TEST_F(ProfileCreationEndToEnd, readsWhatItWritesInPlaceOfAFileThatItMayNotRead) {
+  if (geteuid() == 0) GTEST_SKIP() << "root may read everything";
+  writeProfiles("[]");
+  fs::permissions(tool.profileFile(), fs::perms::none);
+  EXPECT_EQ(create({"A", "--format", "png", "--quality", "80"}).status, 0);
+  EXPECT_NE(profilesText().find("\"A\""), std::string::npos);
+  EXPECT_EQ(storeNames().size(), 2u);
+}
+
+TEST_F(ProfileCreationEndToEnd, replacesNoBrokenFileThatItCannotSetAside) {
+  const fs::path store = tool.profileFile().parent_path();
+  const fs::path longest = store / std::string(253, 'a');
+  fs::create_directories(store);
+  test::writeFile(longest, "broken");
+  fs::create_symlink(longest.filename(), tool.profileFile());
+  expectCreated({"A", "--format", "png", "--quality", "80"},
+                "Profil « A » enregistré (png, qualité 80).");
+  EXPECT_EQ(profilesText(), "broken");
+  EXPECT_EQ(storeNames().size(), 2u);
 }
 
 TEST_F(ProfileCreationEndToEnd, leavesABrokenFileThatIsOnlyRead) {

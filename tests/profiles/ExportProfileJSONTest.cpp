@@ -1,6 +1,8 @@
 #include "profiles/ExportProfileJSON.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <limits>
 #include <stdexcept>
@@ -184,6 +186,24 @@ TEST(ExportProfileJSON, isRefusedWithoutACrashHoweverDeepTheNesting) {
   for (int i = 0; i < 100'000; ++i) objects += "{\"a\":";
   EXPECT_EQ(decode("[" + objects), std::nullopt);
 }
+
+#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
+TEST(ExportProfileJSONDeathTest, isRefusedWithoutACrashWhereMemoryIsShort) {
+  std::string text = "[0";
+  for (int i = 0; i < 4'000'000; ++i) text += ",0";
+  text += "]";
+  const auto decodeWithin = [&](rlim_t megabytes) {
+    const rlimit limit{megabytes << 20, RLIM_INFINITY};
+    setrlimit(RLIMIT_DATA, &limit);
+    _exit(decode(text) == std::nullopt ? 0 : 1);
+  };
+  for (rlim_t megabytes = 40; megabytes < 100; megabytes += 5) {
+    EXPECT_EXIT(decodeWithin(megabytes), testing::ExitedWithCode(0), "") << megabytes;
+  }
+}
+
+#endif
 
 }  // namespace
 }  // namespace orvane
