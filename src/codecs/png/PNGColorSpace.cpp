@@ -116,9 +116,8 @@ ColorSpacePtr pngColorSpace(const PNGChunks& chunks, ColorSpace::Model model) {
     }
   }
   if (chunks.profile) {
-    if (const auto profile = embeddedProfile(*chunks.profile)) {
-      return ColorSpace::fromICC(*profile, model);
-    }
+    const auto profile = embeddedProfile(*chunks.profile);
+    return profile ? ColorSpace::fromICC(*profile, model) : ColorSpace::standard(model);
   }
   if (chunks.standardRGB || !chunks.gamma) return ColorSpace::standard(model);
   return colorSpaceOfGamma(*chunks.gamma, chunks.chromaticities, model);

@@ -5,9 +5,9 @@
 
 namespace orvane {
 
-/// The space that the first usable chunk of cICP, iCCP, sRGB and gAMA (with cHRM) defines, in this
-/// order; the standard one without any. `model` is rgb or gray.
-/// Throws UnreadableImage when the profile is past its limit.
+/// The space that a usable cICP defines; else iCCP, else sRGB, else gAMA (with cHRM), as far as
+/// they are there. The standard one without any, and where iCCP holds no usable profile. `model` is
+/// rgb or gray. Throws UnreadableImage when the profile is past its limit.
 ColorSpacePtr pngColorSpace(const PNGChunks& chunks, ColorSpace::Model model);
 
 }  // namespace orvane
