@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include "platform/foundation/Handle.h"
 
@@ -32,6 +33,24 @@ ExifDataHandle load(ByteView block) {
   return data;
 }
 
+std::optional<int> firstInteger(const ExifEntry& entry, ExifByteOrder order) {
+  if (entry.data == nullptr || entry.components == 0) return std::nullopt;
+  if (entry.size < exif_format_get_size(entry.format)) return std::nullopt;
+  switch (entry.format) {
+    case EXIF_FORMAT_BYTE:
+    case EXIF_FORMAT_SBYTE:
+      return *entry.data;
+    case EXIF_FORMAT_SHORT:
+    case EXIF_FORMAT_SSHORT:
+      return exif_get_short(entry.data, order);
+    case EXIF_FORMAT_LONG:
+    case EXIF_FORMAT_SLONG:
+      return exif_get_slong(entry.data, order);
+    default:
+      return std::nullopt;
+  }
+}
+
 }  // namespace
 
 bool hasIdentifier(ByteView bytes) {
@@ -43,15 +62,8 @@ int orientation(ByteView block) {
   constexpr int upright = 1;
   const ExifDataHandle data = load(block);
   const ExifEntry* entry = exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
-  if (entry == nullptr || entry->data == nullptr || entry->components == 0) return upright;
-  const ExifByteOrder order = exif_data_get_byte_order(data.get());
-  if (entry->format == EXIF_FORMAT_SHORT && entry->size >= 2) {
-    return exif_get_short(entry->data, order);
-  }
-  if (entry->format == EXIF_FORMAT_LONG && entry->size >= 4) {
-    return static_cast<int>(exif_get_long(entry->data, order));
-  }
-  return upright;
+  if (entry == nullptr) return upright;
+  return firstInteger(*entry, exif_data_get_byte_order(data.get())).value_or(upright);
 }
 
 }  // namespace orvane::Exif

@@ -11,13 +11,20 @@ namespace {
 
 using test::ByteOrder;
 
+// The types of TIFF 6.0.
+constexpr int byteType = 1;
+constexpr int textType = 2;
 constexpr int shortType = 3;
 constexpr int longType = 4;
+constexpr int signedByteType = 6;
+constexpr int signedShortType = 8;
+constexpr int signedLongType = 9;
 
 TEST(Exif, readsTheOrientationInBothByteOrdersAndTypes) {
   for (const std::uint32_t orientation : {1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u}) {
     for (const ByteOrder order : {ByteOrder::little, ByteOrder::big}) {
-      for (const int type : {shortType, longType}) {
+      for (const int type :
+           {byteType, shortType, longType, signedByteType, signedShortType, signedLongType}) {
         EXPECT_EQ(Exif::orientation(test::exifBlock(orientation, order, type)),
                   static_cast<int>(orientation));
       }
@@ -36,11 +43,10 @@ TEST(Exif, takesTheBlockWithItsIdentifierToo) {
 }
 
 TEST(Exif, isUprightWhereNothingSaysOtherwise) {
-  constexpr int byteType = 1;
   EXPECT_EQ(Exif::orientation({}), 1);
   EXPECT_EQ(Exif::orientation(Bytes{'E', 'x', 'i', 'f', 0, 0}), 1);
   EXPECT_EQ(Exif::orientation(Bytes(200, 'x')), 1);
-  EXPECT_EQ(Exif::orientation(test::exifBlock(6, ByteOrder::big, byteType)), 1);
+  EXPECT_EQ(Exif::orientation(test::exifBlock(6, ByteOrder::big, textType)), 1);
   Bytes otherTag = test::exifBlock(6);
   otherTag[11] = 0x0F;  // 0x010F is the maker's name
   EXPECT_EQ(Exif::orientation(otherTag), 1);

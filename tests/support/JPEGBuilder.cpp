@@ -1,6 +1,7 @@
 #include "support/JPEGBuilder.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -132,7 +133,8 @@ Bytes without(ByteView file, std::size_t at, std::size_t count) {
 }
 
 Bytes exifBlock(std::uint32_t orientation, ByteOrder order, int type) {
-  constexpr int shortType = 3;
+  constexpr std::array sizes{0, 1, 1, 2, 4, 8, 1, 1, 2, 4};  // of the types of TIFF 6.0
+  const int size = sizes.at(static_cast<std::size_t>(type));
   constexpr std::uint32_t orientationTag = 0x0112;
   const bool isLittle = order == ByteOrder::little;
   Bytes block(2, isLittle ? 'I' : 'M');
@@ -142,15 +144,15 @@ Bytes exifBlock(std::uint32_t orientation, ByteOrder order, int type) {
   append(block, orientationTag, 2, order);
   append(block, static_cast<std::uint32_t>(type), 2, order);
   append(block, 1, 4, order);
-  append(block, orientation, type == shortType ? 2 : 4, order);
-  if (type == shortType) append(block, 0, 2, order);
+  append(block, orientation, size, order);
+  append(block, 0, 4 - size, order);
   append(block, 0, 4, order);  // no further directory
   return block;
 }
 
-JPEGSegment exifSegment(std::uint32_t orientation) {
+JPEGSegment exifSegment(std::uint32_t orientation, int type) {
   Bytes data{'E', 'x', 'i', 'f', 0, 0};
-  const Bytes block = exifBlock(orientation);
+  const Bytes block = exifBlock(orientation, ByteOrder::big, type);
   data.insert(data.end(), block.begin(), block.end());
   return {0xE1, data};
 }

@@ -53,11 +53,11 @@ Bytes without(ByteView file, std::size_t at, std::size_t count);
 
 enum class ByteOrder { little, big };
 
-/// A TIFF structure whose only tag is this orientation. `type` is 3 (SHORT) or 4 (LONG).
+/// A TIFF structure whose only tag is this orientation. `type` is TIFF's, 3 for SHORT.
 Bytes exifBlock(std::uint32_t orientation, ByteOrder order = ByteOrder::big, int type = 3);
 
 /// The APP1 segment that holds it.
-JPEGSegment exifSegment(std::uint32_t orientation);
+JPEGSegment exifSegment(std::uint32_t orientation, int type = 3);
 
 /// `profile` as APP2 segments of at most `partSize` bytes each.
 std::vector<JPEGSegment> profileSegments(ByteView profile, std::size_t partSize);
