@@ -9,6 +9,7 @@
 #include <new>
 #include <span>
 
+#include "codecs/ImageSource.h"
 #include "codecs/UnreadableImage.h"
 #include "codecs/jpeg/JPEGLibrary.h"
 #include "codecs/jxl/JXLColors.h"
@@ -17,6 +18,7 @@
 #include "picture/ImageProcessingError.h"
 #include "platform/foundation/Memory.h"
 #include "platform/foundation/Parallel.h"
+#include "platform/graphics/Orient.h"
 
 namespace orvane::JXLEncoder {
 namespace {
@@ -164,17 +166,28 @@ Bytes repacked(ByteView jpeg, int effort, int threads) {
   return drainOutput(encoder.get());
 }
 
-/// Throws unless libjxl rebuilds every byte of `jpeg` from `jxl`. libjxl 0.7 accepts JPEGs that it
-/// cannot rebuild, such as one with two ICC segments of the same number.
+/// The orientation that readers of `jpeg` turn it by.
+int orientationOf(ByteView jpeg) {
+  const int stored = ImageSource::create(jpeg)->orientation();
+  return isTurned(stored) ? stored : JXL_ORIENT_IDENTITY;
+}
+
+/// Throws unless libjxl rebuilds every byte of `jpeg` from `jxl`, and turns it as `jpeg` is turned.
+/// libjxl 0.7 accepts JPEGs that it cannot rebuild, such as one with two ICC segments of the same
+/// number, and sees no orientation but a short one.
 void requireRebuilding(ByteView jpeg, ByteView jxl, int threads) {
   const JxlDecoderPtr decoder =
       JXLLibrary::makeDecoder(jxl, JXL_DEC_JPEG_RECONSTRUCTION | JXL_DEC_FULL_IMAGE);
   JxlDecoderSetParallelRunner(decoder.get(), JXLLibrary::runInParallel, &threads);
+  JxlDecoderSetKeepOrientation(decoder.get(), JXL_TRUE);  // reports it, in place of turning
   JXLLibrary::advance(decoder.get(), JXL_DEC_JPEG_RECONSTRUCTION);
   Bytes rebuilt(jpeg.size());  // libjxl 0.7 cannot write the file in smaller parts
   JxlDecoderSetJPEGBuffer(decoder.get(), rebuilt.data(), rebuilt.size());
   JXLLibrary::advance(decoder.get(), JXL_DEC_FULL_IMAGE);
   require(JxlDecoderReleaseJPEGBuffer(decoder.get()) == 0 && std::ranges::equal(rebuilt, jpeg));
+  JxlBasicInfo info;
+  require(JxlDecoderGetBasicInfo(decoder.get(), &info) == JXL_DEC_SUCCESS);
+  require(info.orientation == orientationOf(jpeg));
 }
 
 }  // namespace

@@ -352,6 +352,16 @@ TEST(JXLEncoder, transcodesTurnedJPEGsUpright) {
   EXPECT_EQ(decode(*file).width, 29u);
 }
 
+// libjxl sees no orientation but a short one.
+TEST(JXLEncoder, transcodesNothingThatWouldLieSideways) {
+  constexpr int longType = 4;
+  EXPECT_FALSE(
+      JXLEncoder::transcodeJPEG(makeJPEG({.segments = {test::exifSegment(6, longType)}}), 7));
+  EXPECT_TRUE(
+      JXLEncoder::transcodeJPEG(makeJPEG({.segments = {test::exifSegment(1, longType)}}), 7));
+  EXPECT_TRUE(JXLEncoder::transcodeJPEG(makeJPEG({.segments = {test::exifSegment(9)}}), 7));
+}
+
 TEST(JXLEncoder, transcodesIntoAContainer) {
   const auto file = JXLEncoder::transcodeJPEG(makeJPEG(), 7);
   ASSERT_TRUE(file);
