@@ -102,7 +102,6 @@ const Exception exceptions[]{
      "libavif 0.11 knows no meta box that goes to the end of the file", oldLibavif},
     {"avif/libavif/draw_points_idat_progressive_metasize0.avif", "",
      "libavif 0.11 knows no meta box that goes to the end of the file", oldLibavif},
-    {"jxl/conformance/cmyk_layers.jxl", "", "pictures with a black channel are refused"},
     {"jxl/libjxl-testdata/splines.jxl", "", "libjxl 0.7 has a lower limit for splines", oldLibjxl},
     {"other/misnamed/jxl-named.png", "", "libjxl 0.7 has a lower limit for splines", oldLibjxl},
     {"jxl/libjxl-testdata/square-extended-size-container.jxl", "",

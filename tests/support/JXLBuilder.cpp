@@ -119,7 +119,8 @@ void addFrame(JxlEncoderFrameSettings* settings, const Image& image, bool hasExt
   require(JxlEncoderAddImageFrame(settings, &format, samples.data(), samples.size()), "frame");
   if (!hasExtraChannel) return;
   const JxlPixelFormat extraFormat{1, JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN, 0};
-  const Bytes extra(image.width * image.height, 128);
+  Bytes extra(image.width * image.height, 128);
+  extra.front() = 0;
   require(JxlEncoderSetExtraChannelBuffer(settings, &extraFormat, extra.data(), extra.size(),
                                           hasAlpha(image) ? 1 : 0),
           "extra channel buffer");

@@ -23,7 +23,7 @@ struct JXLOptions {
   Bytes icc;
   bool inContainer = false;
   JxlOrientation orientation = JXL_ORIENT_IDENTITY;
-  /// One channel more than the picture has, all at half.
+  /// One channel more than the picture has, at 0 in the first pixel and at half in the others.
   std::optional<JxlExtraChannelType> extraChannel;
   /// Columns and rows of canvas around the frames of an animation, all blank.
   std::uint32_t border = 0;

@@ -123,6 +123,11 @@ JXLColors JXLColors::choose(JxlDecoder* decoder, const JxlBasicInfo& info) {
   return {decoded, embedded->supportsOutput() ? embedded : decoded};
 }
 
+ColorSpacePtr inkSpace(const JxlDecoder* decoder) {
+  return ColorSpace::fromICC(profile(decoder, JXL_COLOR_PROFILE_TARGET_DATA),
+                             ColorSpace::Model::cmyk);
+}
+
 std::optional<JxlColorEncoding> highDynamicRangeEncoding(const ColorSpace& colorSpace) {
   const auto codePoints = colorSpace.codePoints();
   if (!codePoints || !hasHighDynamicRange(*codePoints)) return std::nullopt;

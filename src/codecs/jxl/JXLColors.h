@@ -18,6 +18,10 @@ struct JXLColors {
   static JXLColors choose(JxlDecoder* decoder, const JxlBasicInfo& info);
 };
 
+/// The space of the inks of a picture with a channel for black: that of its profile, uncalibrated
+/// without a usable one. Throws UnreadableImage for a profile that is too large.
+ColorSpacePtr inkSpace(const JxlDecoder* decoder);
+
 /// JPEG XL's name for a space of PQ or HLG. Absent for other curves, and for primaries that JPEG XL
 /// has no name for.
 std::optional<JxlColorEncoding> highDynamicRangeEncoding(const ColorSpace& colorSpace);

@@ -1,3 +1,7 @@
+#include <optional>
+#include <utility>
+#include <vector>
+
 #include "codecs/ImageLimits.h"
 #include "codecs/ImageSource.h"
 #include "codecs/jxl/JXLColors.h"
@@ -15,6 +19,14 @@ bool isBlack(const JxlDecoder* decoder, std::uint32_t channel) {
   JxlExtraChannelInfo info;
   return JxlDecoderGetExtraChannelInfo(decoder, channel, &info) == JXL_DEC_SUCCESS &&
          info.type == JXL_CHANNEL_BLACK;
+}
+
+/// The number of the extra channel that makes the colours C, M, Y, K; absent for other pictures.
+std::optional<std::uint32_t> blackOf(const JxlDecoder* decoder, const JxlBasicInfo& info) {
+  for (std::uint32_t channel = 0; channel < info.num_extra_channels; ++channel) {
+    if (isBlack(decoder, channel)) return channel;
+  }
+  return std::nullopt;
 }
 
 ChannelLayout layoutOf(const JxlBasicInfo& info) {
@@ -44,19 +56,71 @@ void requireMemory(const JxlBasicInfo& info) {
   Memory::require(base + pixels * (isPlain ? 26 : 64));
 }
 
-/// Fills `image`, whose form has been chosen.
-void decodePixels(JxlDecoder* decoder, Image& image) {
+JxlPixelFormat formatOf(std::size_t channels, int bitsPerComponent) {
+  return {static_cast<std::uint32_t>(channels),
+          bitsPerComponent == 16 ? JXL_TYPE_UINT16 : JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN, 0};
+}
+
+void requireTaken(JxlDecoderStatus status) {
+  if (status != JXL_DEC_SUCCESS) throw UnreadableImage("libjxl refuses the pixel memory");
+}
+
+/// Allocates `image`, whose form has been chosen, as what the decoder fills next. Returns its
+/// pixels.
+std::uint8_t* setOutput(JxlDecoder* decoder, Image& image) {
   ImageLimits::check(image.width, image.height, image.bytesPerPixel());
-  const JxlPixelFormat format{static_cast<std::uint32_t>(channelCount(image.layout)),
-                              image.bitsPerComponent == 16 ? JXL_TYPE_UINT16 : JXL_TYPE_UINT8,
-                              JXL_NATIVE_ENDIAN, 0};
+  const JxlPixelFormat format = formatOf(channelCount(image.layout), image.bitsPerComponent);
   advance(decoder, JXL_DEC_NEED_IMAGE_OUT_BUFFER);
   std::uint8_t* pixels = allocatePackedRows(image);
-  const std::size_t size = image.bytesPerRow * image.height;
-  if (JxlDecoderSetImageOutBuffer(decoder, &format, pixels, size) != JXL_DEC_SUCCESS) {
-    throw UnreadableImage("libjxl refuses the pixel memory");
+  requireTaken(
+      JxlDecoderSetImageOutBuffer(decoder, &format, pixels, image.bytesPerRow * image.height));
+  return pixels;
+}
+
+// MARK: Inks
+
+/// Turns the colours C, M, Y and alpha, interleaved, and black beside them, all 0 for full ink,
+/// into C, M, Y, K, 0 for none, and alpha beside them.
+template <typename Sample>
+void swapAlphaForBlack(Sample* colors, Sample* black, std::size_t pixels) {
+  for (std::size_t i = 0; i < pixels; ++i, colors += 4) {
+    std::swap(colors[3], black[i]);
+    for (int ink = 0; ink < 4; ++ink) colors[ink] = static_cast<Sample>(~colors[ink]);
   }
+}
+
+template <typename Sample>
+void setAlpha(Sample* pixels, const Sample* alpha, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) pixels[4 * i + 3] = alpha[i];
+}
+
+/// A picture of inks and straight alpha in sRGB.
+template <typename Sample>
+Image imageOfInks(JxlDecoder* decoder, const JxlBasicInfo& info, std::uint32_t black) {
+  constexpr int depth = 8 * sizeof(Sample);
+  Image inks{.width = info.xsize,
+             .height = info.ysize,
+             .bitsPerComponent = depth,
+             .layout = ChannelLayout::cmyk,
+             .colorSpace = inkSpace(decoder)};
+  auto* colors = reinterpret_cast<Sample*>(setOutput(decoder, inks));
+  const std::size_t count = inks.width * inks.height;
+  std::vector<Sample> beside(count);
+  const JxlPixelFormat format = formatOf(1, depth);
+  requireTaken(JxlDecoderSetExtraChannelBuffer(decoder, &format, beside.data(),
+                                               count * sizeof(Sample), black));
   advance(decoder, JXL_DEC_FULL_IMAGE);
+  swapAlphaForBlack(colors, beside.data(), count);
+
+  Image image = inks;
+  image.layout = ChannelLayout::rgba;
+  image.alpha = alphaOf(info);
+  image.colorSpace = ColorSpace::sRGB();
+  std::uint8_t* rows = allocatePackedRows(image);
+  RowRenderer renderer(inks, image.colorSpace, depth, RowRenderer::AlphaForm::straight);
+  for (std::size_t y = 0; y < image.height; ++y) renderer.render(y, rows + y * image.bytesPerRow);
+  setAlpha(reinterpret_cast<Sample*>(rows), beside.data(), count);
+  return image;
 }
 
 /// JPEG XL (ISO/IEC 18181-1), bare or in its container (18181-2). libjxl turns the picture upright.
@@ -68,8 +132,10 @@ class JXLSource final : public ImageSource {
     if (JxlDecoderGetBasicInfo(decoder.get(), &info_) != JXL_DEC_SUCCESS) {
       throw UnreadableImage("no basic information");
     }
-    for (std::uint32_t channel = 0; channel < info_.num_extra_channels; ++channel) {
-      if (isBlack(decoder.get(), channel)) throw UnreadableImage("CMYK is not supported");
+    black_ = blackOf(decoder.get(), info_);
+    if (black_ && (info_.num_color_channels != 3 || info_.alpha_premultiplied ||
+                   !info_.uses_original_profile)) {
+      throw UnreadableImage("inks in a form that is not supported");
     }
     const std::size_t channels = channelCount(layoutOf(info_));
     setSize(info_.xsize, info_.ysize, channels * static_cast<std::size_t>(depthOf(info_) / 8));
@@ -80,6 +146,10 @@ class JXLSource final : public ImageSource {
     requireMemory(info_);
     const JxlDecoderPtr decoder = makeDecoder(file_, JXL_DEC_COLOR_ENCODING | JXL_DEC_FULL_IMAGE);
     advance(decoder.get(), JXL_DEC_COLOR_ENCODING);
+    if (black_) {
+      return depthOf(info_) == 16 ? imageOfInks<std::uint16_t>(decoder.get(), info_, *black_)
+                                  : imageOfInks<std::uint8_t>(decoder.get(), info_, *black_);
+    }
     const JXLColors colors = JXLColors::choose(decoder.get(), info_);
     const bool isConverted = colors.decoded != colors.image;
     // A picture in XYB has more shades than 8 linear bits can hold.
@@ -92,7 +162,8 @@ class JXLSource final : public ImageSource {
                 .layout = layoutOf(info_),
                 .alpha = alphaOf(info_),
                 .colorSpace = colors.decoded};
-    decodePixels(decoder.get(), image);
+    setOutput(decoder.get(), image);
+    advance(decoder.get(), JXL_DEC_FULL_IMAGE);
     return isConverted ? rendered(image, colors.image, depth) : image;
   }
 
@@ -108,6 +179,7 @@ class JXLSource final : public ImageSource {
 
   ByteView file_;
   JxlBasicInfo info_{};
+  std::optional<std::uint32_t> black_;  ///< the number of its channel, in a picture of inks
 };
 
 }  // namespace

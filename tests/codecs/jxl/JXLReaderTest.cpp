@@ -302,8 +302,51 @@ TEST(JXLReader, leavesExtraChannelsOut) {
   }
 }
 
-TEST(JXLReader, refusesCMYK) {
-  const Bytes file = test::buildJXL(test::gradientImage(9, 9), {.extraChannel = JXL_CHANNEL_BLACK});
+// Without a profile of inks, each colour is what its ink and black leave of the light.
+TEST(JXLReader, readsInksAsRGB) {
+  for (const Image& drawn : {test::gradientImage(9, 5), test::alphaGradientImage(9, 5)}) {
+    const Image image = decode(test::buildJXL(drawn, {.extraChannel = JXL_CHANNEL_BLACK}));
+    EXPECT_TRUE(image.colorSpace->isSRGB());
+    EXPECT_EQ(image.alpha, drawn.alpha);
+    for (std::size_t at = 0; at < 9 * 5; ++at) {
+      const int black = at == 0 ? 0 : 128;
+      Pixel expected = test::pixelAt(drawn, at % 9, at / 9);
+      for (std::size_t color = 0; color < 3; ++color) {
+        expected[color] = static_cast<std::uint16_t>((expected[color] * black + 127) / 255);
+      }
+      EXPECT_EQ(test::pixelAt(image, at % 9, at / 9), expected) << at;
+    }
+  }
+}
+
+TEST(JXLReader, readsTurnedInksByTheirProfile) {
+  const Image drawn = test::drawImage(9, 5, ChannelLayout::rgb, AlphaKind::none, 16,
+                                      ColorSpace::sRGB(), [](std::size_t, std::size_t) {
+                                        return Pixel{65'535, 30'000, 0, 0};
+                                      });
+  const Image image = decode(test::buildJXL(drawn, {.icc = test::cmykProfile(),
+                                                    .orientation = JXL_ORIENT_ROTATE_90_CW,
+                                                    .extraChannel = JXL_CHANNEL_BLACK}));
+  ASSERT_EQ(image.width, 5u);
+  const auto press = ColorSpace::fromICC(test::cmykProfile(), ColorSpace::Model::cmyk);
+  const auto rgbOf = [&](std::uint16_t black) {
+    const Image inks = test::drawImage(1, 1, ChannelLayout::cmyk, AlphaKind::none, 16, press,
+                                       [=](std::size_t, std::size_t) {
+                                         return Pixel{0, 35'535, 65'535, black};
+                                       });
+    return test::pixelAt(rendered(inks, ColorSpace::sRGB(), 16), 0, 0);
+  };
+  EXPECT_EQ(test::pixelAt(image, 4, 0), rgbOf(65'535)) << "the first pixel that is stored";
+  EXPECT_EQ(test::pixelAt(image, 0, 0), rgbOf(65'535 - 128 * 257));
+}
+
+TEST(JXLReader, refusesGreyWithBlack) {
+  const Image gray = test::drawImage(9, 9, ChannelLayout::gray, AlphaKind::none, 8,
+                                     ColorSpace::standard(ColorSpace::Model::gray),
+                                     [](std::size_t x, std::size_t) {
+                                       return Pixel{static_cast<std::uint16_t>(x), 0, 0, 0};
+                                     });
+  const Bytes file = test::buildJXL(gray, {.extraChannel = JXL_CHANNEL_BLACK});
   EXPECT_THROW(ImageSource::create(file), UnreadableImage);
 }
 
