@@ -7,7 +7,7 @@ namespace orvane {
 /// The quality, 0…1, at which this picture looks as photographs do on the mean at `quality`: some
 /// are better than the mean at equal settings, others worse. A sample of the picture is encoded at
 /// one to three fixed qualities, decoded and scored. Each sample costs about a twentieth of an
-/// encoding of 12 megapixels, and a third of one of less than two.
+/// encoding of 12 megapixels, and up to a third of one of less than two.
 ///
 /// Never falls as `quality` rises. Never more than `quality` for screens and drawings, nor more
 /// than the destination's maximum for photographs. From 0.95 to 1 pictures are lowered by less and
