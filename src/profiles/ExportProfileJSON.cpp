@@ -14,7 +14,7 @@ namespace {
 
 using nlohmann::json;
 
-/// The most memory that the parser was seen to take for a byte of text: 76 for nested arrays.
+/// Bytes of memory for a byte of text. The parser was seen to take up to 76, for nested arrays.
 constexpr std::size_t treeBytesPerByte = 100;
 
 std::string encodedProfile(const ExportProfile& profile) {

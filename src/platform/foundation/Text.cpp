@@ -10,18 +10,25 @@
 #include <cstdint>
 
 namespace orvane::Text {
+namespace {
+
+icu::UnicodeString lower(std::string_view text) {
+  return icu::UnicodeString::fromUTF8(text).toLower(icu::Locale::getRoot());
+}
+
+}  // namespace
 
 std::string lowercased(std::string_view text) {
   std::string result;
-  icu::UnicodeString::fromUTF8(text).toLower(icu::Locale::getRoot()).toUTF8String(result);
-  return result;
+  return lower(text).toUTF8String(result);
 }
 
 std::string nameKey(std::string_view name) {
   UErrorCode status = U_ZERO_ERROR;
-  const auto lower = icu::UnicodeString::fromUTF8(name).toLower(icu::Locale::getRoot());
   std::string result;
-  return icu::Normalizer2::getNFCInstance(status)->normalize(lower, status).toUTF8String(result);
+  return icu::Normalizer2::getNFCInstance(status)
+      ->normalize(lower(name), status)
+      .toUTF8String(result);
 }
 
 bool equalsIgnoringCase(std::string_view left, std::string_view right) {
